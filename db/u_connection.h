@@ -12,6 +12,8 @@
 
 struct pg_conn;
 typedef struct pg_conn PGconn;
+struct pg_result;
+typedef struct pg_result PGresult;
 
 namespace db {
 
@@ -56,8 +58,19 @@ public:
     // For the query classes: true when the failure of the last statement
     // means the link is gone (bad connection status after the error).
     bool connectionLost() const;
-    // Re-establishes the link with the current settings; throws on failure.
+    // Re-establishes the link with the current settings; throws on failure
+    // (the connection is then closed).
     void reconnect();
+    // After a failed statement: applies the lost-connection policy. True when
+    // the statement is to be run again on the fresh link; false when the
+    // original error is to be raised. Throws libpq's message when
+    // reconnecting fails.
+    bool recoverLost();
+    // The error of a failed result (or of the connection when r is null):
+    // the server's message, with its detail on a second line, and SQLSTATE.
+    QuarvError resultError(const PGresult *r) const;
+    // Opens with the current settings when not open yet.
+    void ensureOpen();
 
 signals:
     void opened();

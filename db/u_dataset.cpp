@@ -206,7 +206,11 @@ void DataSet::deleteCurrent()
     if (beforeDelete)
         beforeDelete(*this);
     const qsizetype row = m_current;
-    applyDelete(row, rowValues(row));
+    // Deferred values (blobs) are not read just to delete the row.
+    QVariantList stored;
+    for (int f = 0; f < fieldCount(); ++f)
+        stored.append(m_columns[size_t(f)].value(row));
+    applyDelete(row, stored);
     for (Column &c : m_columns)
         c.removeAt(row);
     --m_rowCount;

@@ -101,6 +101,9 @@ protected:
     void setActiveState(bool active);          // Inactive <-> Browse, emits opened/closed
     void placeCursor(qsizetype row);           // no posting, emits currentRowChanged
     QVariantList rowValues(qsizetype row) const;
+    // The row being edited or inserted; applyPost may put into it what the
+    // store kept (server defaults), and that is what the row then holds.
+    QVariantList &editBuffer() { return m_buffer; }
     void storeRow(qsizetype row, const QVariantList &values);
 
 private:

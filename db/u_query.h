@@ -11,6 +11,7 @@
 
 #include "db/u_connection.h"
 #include "db/u_dataset.h"
+#include "db/u_pgvalue.h"
 
 #include <QStringList>
 
@@ -55,6 +56,16 @@ protected:
     bool isDeferred(qsizetype row, int field) const override;
 
 private:
+    Connection &conn() const;
+    void fetch();
+    void buildFields(const PGresult *r);
+    pg::ResultPtr execParams(const QString &sql, const std::vector<pg::Param> &params, bool mayRetry = true) const;
+    pg::ResultPtr execOneRow(const QString &sql, const std::vector<pg::Param> &params);
+    void ensureMeta() const;
+    void mapFields();
+    QString whereClause(const QVariantList &values, std::vector<pg::Param> *params) const;
+    QString returningList() const;
+
     struct Private;
     Private *d;
     Connection *m_connection = nullptr;

@@ -1,0 +1,55 @@
+#pragma once
+// Conversions between the server's text format and our stored values, shared
+// by the query and the benchmarks. Internal to db/.
+
+#include "db/u_field.h"
+
+#include <QByteArray>
+#include <QVariant>
+
+#include <memory>
+
+struct pg_result;
+typedef struct pg_result PGresult;
+
+namespace db::pg {
+
+struct ResultDeleter { void operator()(PGresult *r) const noexcept; };
+using ResultPtr = std::unique_ptr<PGresult, ResultDeleter>;
+
+// The field type and declared length for a server type OID and type modifier.
+FieldType fieldTypeFor(unsigned oid, int typmod, int *size);
+
+// Appends one server text value (not null) to a column of its type. A value
+// that cannot be read (a date of 'infinity', say) is stored as null.
+void appendText(Column &c, const char *v, int len);
+
+// The same value as a QVariant of the field's type (invalid when unreadable).
+QVariant variantFromText(FieldType t, const char *v, int len);
+
+// One bound parameter: its text (or raw bytes when binary), null when isNull.
+struct Param {
+    QByteArray data;
+    bool isNull = true;
+    bool binary = false;
+    unsigned typeOid = 0;
+};
+// A value in the server's text format; QByteArray travels as raw bytea.
+// With a field type the value is first converted to what that field holds.
+Param encode(const QVariant &v);
+Param encodeAs(const QVariant &v, FieldType t);
+
+// Days from the civil date (proleptic Gregorian) to the Julian day number.
+inline qint64 julianDay(qint64 y, int m, int d) noexcept
+{
+    const qint64 a = (14 - m) / 12;
+    const qint64 yy = y + 4800 - a;
+    const qint64 mm = m + 12 * a - 3;
+    auto fdiv = [](qint64 x, qint64 q) { return x >= 0 ? x / q : -((-x + q - 1) / q); };
+    return d + (153 * mm + 2) / 5 + 365 * yy + fdiv(yy, 4) - fdiv(yy, 100) + fdiv(yy, 400) - 32045;
+}
+
+constexpr qint64 kUnixEpochJd = 2440588;
+constexpr qint64 kMsPerDay = 86400000;
+
+} // namespace db::pg

@@ -1,0 +1,654 @@
+#include "db/u_query.h"
+
+#include "db/u_pgvalue.h"
+
+#include <libpq-fe.h>
+
+#include <algorithm>
+
+namespace db {
+
+using pg::ResultPtr;
+
+namespace {
+
+const char *kChangedMeanwhile = "Inregistrarea a fost modificata sau stearsa de alt utilizator";
+
+QString quoteIdent(const QString &name)
+{
+    QString q = name;
+    q.replace(u'"', QStringLiteral("\"\""));
+    return u'"' + q + u'"';
+}
+
+bool isIdentStart(QChar c) { return c.isLetter() || c == u'_'; }
+bool isIdentChar(QChar c) { return c.isLetterOrNumber() || c == u'_' || c == u'$'; }
+
+// Bound values kept alive for one libpq call.
+struct Bound {
+    std::vector<pg::Param> params;
+    std::vector<const char *> values;
+    std::vector<int> lengths;
+    std::vector<int> formats;
+    std::vector<Oid> types;
+
+    void add(pg::Param p) { params.push_back(std::move(p)); }
+    void finish()
+    {
+        for (const pg::Param &p : params) {
+            values.push_back(p.isNull ? nullptr : p.data.constData());
+            lengths.push_back(int(p.data.size()));
+            formats.push_back(p.binary ? 1 : 0);
+            types.push_back(p.typeOid);
+        }
+    }
+    int count() const { return int(params.size()); }
+};
+
+// Types whose values can be compared with "=" as they are; others are
+// compared through their text.
+bool comparable(unsigned oid)
+{
+    switch (oid) {
+    case 16: case 18: case 19: case 20: case 21: case 23: case 25: case 26:
+    case 700: case 701: case 1042: case 1043: case 1082: case 1114: case 1184: case 1700:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool sameValue(const QVariant &a, const QVariant &b)
+{
+    const bool na = !a.isValid() || a.isNull();
+    const bool nb = !b.isValid() || b.isNull();
+    if (na || nb)
+        return na == nb;
+    if (a.typeId() == b.typeId())
+        return a == b;
+    return a.toString() == b.toString();
+}
+
+} // namespace
+
+struct Query::Private {
+    QVariantList params;          // one per paramNames entry
+    // Where each field comes from (PQftable / PQftablecol), by field.
+    std::vector<unsigned> srcTable;
+    std::vector<int> srcColumn;
+    // The update table, resolved from the catalog on first need.
+    bool metaReady = false;
+    bool mapped = false;          // colName and keyFields fit the current fields
+    unsigned tableOid = 0;
+    QString tableName;            // as the server quotes it
+    std::vector<QString> colName; // quoted table column per field; empty when not of the table
+    std::vector<int> keyFields;   // the primary key's fields; empty without a (complete) key
+    // Deferred blobs: per field, 1 for rows whose value has been read (empty
+    // for fields that are not deferred).
+    std::vector<std::vector<quint8>> loaded;
+
+    bool isDeferredField(int f) const { return size_t(f) < loaded.size() && !loaded[size_t(f)].empty(); }
+};
+
+Query::Query(QObject *parent) : DataSet(parent), d(new Private) {}
+
+Query::~Query()
+{
+    delete d;
+}
+
+QByteArray Query::translateParams(const QString &sql, QStringList *names)
+{
+    QStringList found;
+    QString out;
+    out.reserve(sql.size() + 16);
+    const qsizetype n = sql.size();
+    qsizetype i = 0;
+    auto copyTo = [&](qsizetype end) {
+        out += QStringView(sql).mid(i, end - i);
+        i = end;
+    };
+    while (i < n) {
+        const QChar c = sql[i];
+        const QChar next = i + 1 < n ? sql[i + 1] : QChar();
+        if (c == u'-' && next == u'-') {
+            qsizetype e = sql.indexOf(u'\n', i);
+            copyTo(e < 0 ? n : e);
+        } else if (c == u'/' && next == u'*') {
+            // Block comments nest.
+            qsizetype j = i + 2;
+            int depth = 1;
+            while (j < n && depth > 0) {
+                if (sql[j] == u'/' && j + 1 < n && sql[j + 1] == u'*') {
+                    ++depth;
+                    j += 2;
+                } else if (sql[j] == u'*' && j + 1 < n && sql[j + 1] == u'/') {
+                    --depth;
+                    j += 2;
+                } else {
+                    ++j;
+                }
+            }
+            copyTo(j);
+        } else if (c == u'\'') {
+            const bool escapes = i > 0 && (sql[i - 1] == u'E' || sql[i - 1] == u'e') && !(i > 1 && isIdentChar(sql[i - 2]));
+            qsizetype j = i + 1;
+            while (j < n) {
+                if (escapes && sql[j] == u'\\') {
+                    j += 2;
+                } else if (sql[j] == u'\'') {
+                    if (j + 1 < n && sql[j + 1] == u'\'') {
+                        j += 2;
+                    } else {
+                        ++j;
+                        break;
+                    }
+                } else {
+                    ++j;
+                }
+            }
+            copyTo(qMin(j, n));
+        } else if (c == u'"') {
+            qsizetype j = i + 1;
+            while (j < n) {
+                if (sql[j] == u'"') {
+                    if (j + 1 < n && sql[j + 1] == u'"') {
+                        j += 2;
+                        continue;
+                    }
+                    ++j;
+                    break;
+                }
+                ++j;
+            }
+            copyTo(j);
+        } else if (c == u'$' && !(i > 0 && isIdentChar(sql[i - 1]))) {
+            // $tag$ ... $tag$ (a bare $n is a positional parameter, left alone).
+            qsizetype j = i + 1;
+            while (j < n && (isIdentStart(sql[j]) || (j > i + 1 && sql[j].isDigit())))
+                ++j;
+            if (j < n && sql[j] == u'$') {
+                const QStringView tag = QStringView(sql).mid(i, j - i + 1);
+                const qsizetype close = sql.indexOf(tag, j + 1);
+                copyTo(close < 0 ? n : close + tag.size());
+            } else {
+                copyTo(i + 1);
+            }
+        } else if (c == u':' && next == u':') {
+            copyTo(i + 2);
+        } else if (c == u':' && !next.isNull() && isIdentStart(next)) {
+            qsizetype j = i + 1;
+            while (j < n && (sql[j].isLetterOrNumber() || sql[j] == u'_'))
+                ++j;
+            const QString name = sql.mid(i + 1, j - i - 1);
+            qsizetype idx = -1;
+            for (qsizetype k = 0; k < found.size(); ++k)
+                if (found[k].compare(name, Qt::CaseInsensitive) == 0) {
+                    idx = k;
+                    break;
+                }
+            if (idx < 0) {
+                found.append(name);
+                idx = found.size() - 1;
+            }
+            out += u'$' + QString::number(idx + 1);
+            i = j;
+        } else {
+            out += c;
+            ++i;
+        }
+    }
+    if (names)
+        *names = found;
+    return out.toUtf8();
+}
+
+void Query::setSql(const QString &sql)
+{
+    if (sql == m_sql)
+        return;
+    close();
+    const QStringList oldNames = m_paramNames;
+    const QVariantList oldValues = d->params;
+    m_sql = sql;
+    translateParams(sql, &m_paramNames);
+    d->params.clear();
+    for (const QString &name : std::as_const(m_paramNames)) {
+        QVariant v;
+        for (qsizetype k = 0; k < oldNames.size(); ++k)
+            if (oldNames[k].compare(name, Qt::CaseInsensitive) == 0)
+                v = oldValues.value(k);
+        d->params.append(v);
+    }
+}
+
+void Query::setParam(const QString &name, const QVariant &value)
+{
+    for (qsizetype k = 0; k < m_paramNames.size(); ++k)
+        if (m_paramNames[k].compare(name, Qt::CaseInsensitive) == 0) {
+            d->params[k] = value;
+            return;
+        }
+    throw QuarvError(QStringLiteral("Parametrul '%1' nu exista").arg(name));
+}
+
+QVariant Query::param(const QString &name) const
+{
+    for (qsizetype k = 0; k < m_paramNames.size(); ++k)
+        if (m_paramNames[k].compare(name, Qt::CaseInsensitive) == 0)
+            return d->params.value(k);
+    throw QuarvError(QStringLiteral("Parametrul '%1' nu exista").arg(name));
+}
+
+void Query::setUpdateTable(const QString &table)
+{
+    if (table == m_updateTable)
+        return;
+    m_updateTable = table;
+    d->metaReady = false;
+}
+
+Connection &Query::conn() const
+{
+    if (!m_connection)
+        throw QuarvError(QStringLiteral("Interogarea nu are o conexiune la baza de date"));
+    m_connection->ensureOpen();
+    return *m_connection;
+}
+
+void Query::open()
+{
+    if (isActive())
+        return;
+    fetch();
+    setActiveState(true);
+    emit rowsReset();
+    setCurrentRow(0);
+}
+
+void Query::close()
+{
+    DataSet::close();
+    d->loaded.clear();
+}
+
+void Query::refresh()
+{
+    if (!isActive()) {
+        open();
+        return;
+    }
+    if (isEditing())
+        post();
+    const qsizetype keep = currentRow();
+    try {
+        fetch();
+    } catch (...) {
+        close();
+        throw;
+    }
+    emit rowsReset();
+    placeCursor(-1);
+    setCurrentRow(qMax<qsizetype>(keep, 0));
+}
+
+void Query::fetch()
+{
+    if (m_sql.trimmed().isEmpty())
+        throw QuarvError(QStringLiteral("Interogarea nu are text SQL"));
+    Connection &c = conn();
+    const QByteArray text = translateParams(m_sql, nullptr);
+    Bound b;
+    for (const QVariant &v : std::as_const(d->params))
+        b.add(pg::encode(v));
+    b.finish();
+
+    for (int attempt = 0;; ++attempt) {
+        // Old rows go first: a large result should not live twice.
+        setFields({});
+        setRowCount(0);
+        d->loaded.clear();
+        PGconn *pc = c.handle();
+        std::unique_ptr<QuarvError> error;
+        bool haveFields = false;
+        qsizetype rows = 0;
+        std::vector<Column> *cols = nullptr;
+        if (!PQsendQueryParams(pc, text.constData(), b.count(), b.types.data(), b.values.data(), b.lengths.data(),
+                               b.formats.data(), 0)) {
+            error = std::make_unique<QuarvError>(c.resultError(nullptr));
+        } else {
+            PQsetSingleRowMode(pc);
+            while (PGresult *r = PQgetResult(pc)) {
+                const ExecStatusType st = PQresultStatus(r);
+                if (st == PGRES_SINGLE_TUPLE || st == PGRES_TUPLES_OK) {
+                    if (!haveFields && !error) {
+                        buildFields(r);
+                        cols = &mutableColumns();
+                        haveFields = true;
+                    }
+                    if (st == PGRES_SINGLE_TUPLE && !error) {
+                        const int nf = int(cols->size());
+                        for (int f = 0; f < nf; ++f) {
+                            Column &col = (*cols)[size_t(f)];
+                            if (PQgetisnull(r, 0, f))
+                                col.appendNull();
+                            else if (d->isDeferredField(f))
+                                col.appendNull();
+                            else
+                                pg::appendText(col, PQgetvalue(r, 0, f), PQgetlength(r, 0, f));
+                        }
+                        ++rows;
+                    }
+                } else if (st != PGRES_COMMAND_OK && st != PGRES_EMPTY_QUERY && !error) {
+                    error = std::make_unique<QuarvError>(c.resultError(r));
+                }
+                PQclear(r);
+            }
+        }
+        if (!error) {
+            setRowCount(rows);
+            for (auto &l : d->loaded)
+                if (!l.empty())
+                    l.assign(size_t(rows) + 1, 0);
+            return;
+        }
+        setFields({});
+        setRowCount(0);
+        d->loaded.clear();
+        if (attempt == 0 && c.recoverLost())
+            continue;
+        throw *error;
+    }
+}
+
+void Query::buildFields(const PGresult *r)
+{
+    const int nf = PQnfields(r);
+    std::vector<FieldDef> defs;
+    defs.reserve(size_t(nf));
+    d->srcTable.assign(size_t(nf), 0);
+    d->srcColumn.assign(size_t(nf), 0);
+    d->loaded.assign(size_t(nf), {});
+    for (int f = 0; f < nf; ++f) {
+        FieldDef def;
+        def.name = QString::fromUtf8(PQfname(r, f));
+        def.pgType = PQftype(r, f);
+        def.type = pg::fieldTypeFor(def.pgType, PQfmod(r, f), &def.size);
+        d->srcTable[size_t(f)] = PQftable(r, f);
+        d->srcColumn[size_t(f)] = PQftablecol(r, f);
+        // A blob of a table column can be read back by the row's key later.
+        if (m_deferredBlobs && !m_updateTable.isEmpty() && def.type == FieldType::Bytes && d->srcTable[size_t(f)] != 0)
+            d->loaded[size_t(f)].assign(1, 0);
+        defs.push_back(def);
+    }
+    setFields(std::move(defs));
+    d->mapped = false;
+}
+
+bool Query::isDeferred(qsizetype row, int field) const
+{
+    return d->isDeferredField(field) && row >= 0 && size_t(row) < d->loaded[size_t(field)].size()
+        && !d->loaded[size_t(field)][size_t(row)];
+}
+
+// --- the update table ---------------------------------------------------
+
+ResultPtr Query::execParams(const QString &sql, const std::vector<pg::Param> &params, bool mayRetry) const
+{
+    Connection &c = conn();
+    Bound b;
+    for (const pg::Param &p : params)
+        b.add(p);
+    b.finish();
+    const QByteArray text = sql.toUtf8();
+    for (int attempt = 0;; ++attempt) {
+        ResultPtr r(PQexecParams(c.handle(), text.constData(), b.count(), b.types.data(), b.values.data(),
+                                 b.lengths.data(), b.formats.data(), 0));
+        const ExecStatusType st = PQresultStatus(r.get());
+        if (r && (st == PGRES_TUPLES_OK || st == PGRES_COMMAND_OK))
+            return r;
+        QuarvError err = c.resultError(r.get());
+        r.reset();
+        if (mayRetry && attempt == 0 && c.recoverLost())
+            continue;
+        throw err;
+    }
+}
+
+void Query::ensureMeta() const
+{
+    if (d->metaReady) {
+        if (!d->mapped)
+            const_cast<Query *>(this)->mapFields();
+        return;
+    }
+    if (m_updateTable.isEmpty())
+        throw QuarvError(QStringLiteral("Setul de date nu poate fi modificat (nu are tabela de actualizare)"));
+    pg::Param name;
+    name.isNull = false;
+    name.data = m_updateTable.toUtf8();
+    ResultPtr t = execParams(QStringLiteral("select c.oid, c.oid::regclass::text from pg_class c where c.oid = $1::regclass"),
+                             {name});
+    d->tableOid = QByteArray(PQgetvalue(t.get(), 0, 0)).toUInt();
+    d->tableName = QString::fromUtf8(PQgetvalue(t.get(), 0, 1));
+    d->metaReady = true;
+    const_cast<Query *>(this)->mapFields();
+}
+
+void Query::mapFields()
+{
+    pg::Param oid;
+    oid.isNull = false;
+    oid.data = QByteArray::number(d->tableOid);
+    ResultPtr a = execParams(QStringLiteral("select a.attnum, a.attname, "
+                                            "coalesce(a.attnum = any(i.indkey::int2[]), false) "
+                                            "from pg_attribute a left join pg_index i "
+                                            "on i.indrelid = a.attrelid and i.indisprimary "
+                                            "where a.attrelid = $1::oid and a.attnum > 0 and not a.attisdropped"),
+                             {oid});
+    struct Att { int num; QString name; bool key; };
+    std::vector<Att> atts;
+    for (int i = 0; i < PQntuples(a.get()); ++i)
+        atts.push_back({QByteArray(PQgetvalue(a.get(), i, 0)).toInt(), QString::fromUtf8(PQgetvalue(a.get(), i, 1)),
+                        PQgetvalue(a.get(), i, 2)[0] == 't'});
+    const int nf = fieldCount();
+    d->mapped = true;
+    d->colName.assign(size_t(nf), QString());
+    d->keyFields.clear();
+    int mapped = 0;
+    for (int f = 0; f < nf; ++f)
+        if (size_t(f) < d->srcTable.size() && d->srcTable[size_t(f)] == d->tableOid)
+            for (const Att &att : atts)
+                if (att.num == d->srcColumn[size_t(f)]) {
+                    d->colName[size_t(f)] = quoteIdent(att.name);
+                    ++mapped;
+                }
+    if (mapped == 0) {
+        // Rows read through a view of the table: match the columns by name.
+        for (int f = 0; f < nf; ++f)
+            for (const Att &att : atts)
+                if (att.name == fieldDef(f).name)
+                    d->colName[size_t(f)] = quoteIdent(att.name);
+    }
+    int keyCols = 0;
+    for (const Att &att : atts) {
+        if (!att.key)
+            continue;
+        ++keyCols;
+        for (int f = 0; f < nf; ++f)
+            if (d->colName[size_t(f)] == quoteIdent(att.name)) {
+                d->keyFields.push_back(f);
+                break;
+            }
+    }
+    if (keyCols == 0 || int(d->keyFields.size()) != keyCols)
+        d->keyFields.clear();
+}
+
+QString Query::whereClause(const QVariantList &values, std::vector<pg::Param> *params) const
+{
+    QStringList terms;
+    auto bind = [&](int f) {
+        params->push_back(pg::encodeAs(values.value(f), fieldDef(f).type));
+        return u'$' + QString::number(params->size());
+    };
+    if (!d->keyFields.empty()) {
+        for (int f : d->keyFields)
+            terms << d->colName[size_t(f)] + QStringLiteral(" = ") + bind(f);
+    } else {
+        for (int f = 0; f < fieldCount(); ++f) {
+            const QString &col = d->colName[size_t(f)];
+            const FieldDef &def = fieldDef(f);
+            // Blobs and large-object ids are left out of the match.
+            if (col.isEmpty() || def.type == FieldType::Bytes || def.pgType == 26)
+                continue;
+            if (!comparable(def.pgType)) {
+                terms << col + QStringLiteral("::text is not distinct from ") + bind(f);
+                params->back().typeOid = 25;
+            } else if (def.type == FieldType::DateTime) {
+                terms << QStringLiteral("date_trunc('milliseconds', ") + col + QStringLiteral(") is not distinct from ") + bind(f);
+            } else {
+                terms << col + QStringLiteral(" is not distinct from ") + bind(f);
+            }
+        }
+    }
+    if (terms.isEmpty())
+        throw QuarvError(QStringLiteral("Inregistrarea nu poate fi identificata in tabela %1").arg(m_updateTable));
+    return terms.join(QStringLiteral(" and "));
+}
+
+QString Query::returningList() const
+{
+    QStringList cols;
+    for (int f = 0; f < fieldCount(); ++f)
+        if (!d->colName[size_t(f)].isEmpty() && !d->isDeferredField(f))
+            cols << d->colName[size_t(f)];
+    return cols.isEmpty() ? QStringLiteral("1") : cols.join(QStringLiteral(", "));
+}
+
+ResultPtr Query::execOneRow(const QString &sql, const std::vector<pg::Param> &params)
+{
+    // The statement runs in a transaction of its own, so that a statement
+    // that would touch several rows changes nothing.
+    Connection &c = conn();
+    for (int attempt = 0;; ++attempt) {
+        try {
+            execParams(QStringLiteral("begin"), {}, false);
+            ResultPtr r;
+            try {
+                r = execParams(sql, params, false);
+            } catch (...) {
+                if (!c.connectionLost())
+                    PQclear(PQexec(c.handle(), "rollback"));
+                throw;
+            }
+            const int n = PQntuples(r.get());
+            if (n != 1) {
+                PQclear(PQexec(c.handle(), "rollback"));
+                if (n == 0)
+                    throw QuarvError(QString::fromUtf8(kChangedMeanwhile));
+                throw QuarvError(QStringLiteral("Inregistrarea nu poate fi identificata in mod unic: "
+                                                "comanda ar modifica %1 inregistrari; nu s-a modificat nimic")
+                                     .arg(n));
+            }
+            execParams(QStringLiteral("commit"), {}, false);
+            return r;
+        } catch (const QuarvError &) {
+            if (attempt == 0 && c.recoverLost())
+                continue;
+            throw;
+        }
+    }
+}
+
+void Query::applyPost(qsizetype row, const QVariantList &oldValues, const QVariantList &newValues)
+{
+    ensureMeta();
+    const bool inserting = oldValues.isEmpty();
+    std::vector<pg::Param> params;
+    QString sql;
+    if (inserting) {
+        QStringList cols, marks;
+        for (int f = 0; f < fieldCount(); ++f) {
+            const QVariant &v = newValues.value(f);
+            if (d->colName[size_t(f)].isEmpty() || !v.isValid() || v.isNull())
+                continue;
+            params.push_back(pg::encodeAs(v, fieldDef(f).type));
+            cols << d->colName[size_t(f)];
+            marks << u'$' + QString::number(params.size());
+        }
+        sql = cols.isEmpty() ? QStringLiteral("insert into %1 default values").arg(d->tableName)
+                             : QStringLiteral("insert into %1 (%2) values (%3)")
+                                   .arg(d->tableName, cols.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
+    } else {
+        QStringList sets;
+        for (int f = 0; f < fieldCount(); ++f) {
+            if (d->colName[size_t(f)].isEmpty() || sameValue(oldValues.value(f), newValues.value(f)))
+                continue;
+            params.push_back(pg::encodeAs(newValues.value(f), fieldDef(f).type));
+            sets << d->colName[size_t(f)] + QStringLiteral(" = $") + QString::number(params.size());
+        }
+        if (sets.isEmpty())
+            return; // nothing changed
+        sql = QStringLiteral("update %1 set %2 where ").arg(d->tableName, sets.join(QStringLiteral(", ")));
+        sql += whereClause(oldValues, &params);
+    }
+    sql += QStringLiteral(" returning ") + returningList();
+    ResultPtr r = execOneRow(sql, params);
+
+    // What the server stored (defaults, triggers) is what the row shows.
+    QVariantList &buffer = editBuffer();
+    int col = 0;
+    for (int f = 0; f < fieldCount(); ++f) {
+        if (d->colName[size_t(f)].isEmpty() || d->isDeferredField(f))
+            continue;
+        buffer[f] = PQgetisnull(r.get(), 0, col)
+                      ? QVariant()
+                      : pg::variantFromText(fieldDef(f).type, PQgetvalue(r.get(), 0, col), PQgetlength(r.get(), 0, col));
+        ++col;
+    }
+    for (auto &l : d->loaded)
+        if (!l.empty()) {
+            if (size_t(row) >= l.size())
+                l.resize(size_t(row) + 1, 0);
+            l[size_t(row)] = 1;
+        }
+}
+
+void Query::applyDelete(qsizetype row, const QVariantList &oldValues)
+{
+    ensureMeta();
+    std::vector<pg::Param> params;
+    QString sql = QStringLiteral("delete from %1 where ").arg(d->tableName);
+    sql += whereClause(oldValues, &params);
+    sql += QStringLiteral(" returning 1");
+    execOneRow(sql, params);
+    for (auto &l : d->loaded)
+        if (!l.empty() && size_t(row) < l.size())
+            l.erase(l.begin() + row);
+}
+
+QVariant Query::loadDeferred(qsizetype row, int field) const
+{
+    ensureMeta();
+    if (d->colName[size_t(field)].isEmpty())
+        return {};
+    QVariantList values;
+    for (int f = 0; f < fieldCount(); ++f)
+        values.append(d->isDeferredField(f) ? QVariant() : column(f).value(row));
+    std::vector<pg::Param> params;
+    const QString sql = QStringLiteral("select %1 from %2 where %3")
+                            .arg(d->colName[size_t(field)], d->tableName, whereClause(values, &params));
+    ResultPtr r = execParams(sql, params);
+    if (PQntuples(r.get()) != 1)
+        return {}; // the row is gone (or no longer single): nothing to show
+    QVariant v;
+    if (!PQgetisnull(r.get(), 0, 0))
+        v = pg::variantFromText(fieldDef(field).type, PQgetvalue(r.get(), 0, 0), PQgetlength(r.get(), 0, 0));
+    auto *self = const_cast<Query *>(this);
+    self->mutableColumn(field).set(row, v);
+    d->loaded[size_t(field)][size_t(row)] = 1;
+    return v;
+}
+
+} // namespace db

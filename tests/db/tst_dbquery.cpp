@@ -1,0 +1,299 @@
+// Connection and read-only queries against the private test server.
+#include "db/u_connection.h"
+#include "db/u_query.h"
+#include "tests/support/u_pgtestserver.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTest>
+
+using db::Connection;
+using db::FieldType;
+using db::Query;
+
+class TstDbQuery : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void paramParser();
+    void settingsReopenOnlyOnChange();
+    void deadServerFailsWithLibpqText();
+    void typedFieldsNullsAndDiacritics();
+    void boundParameterTypes();
+    void emptyResultsAndErrors();
+    void refreshKeepsRow();
+    void droppedConnectionIsSilent();
+
+private:
+    Connection m_conn;
+};
+
+void TstDbQuery::initTestCase()
+{
+    PgTestServer::instance().configure(m_conn);
+    m_conn.onConnectionLost = [] { return Connection::LostMode::ReconnectExecute; };
+    m_conn.open();
+    QVERIFY(m_conn.isOpen());
+}
+
+void TstDbQuery::paramParser()
+{
+    QStringList names;
+    const QString sql = QStringLiteral(
+        "select :a, ':lit', E'it\\'s :esc', \"col:quoted\", x::date, $q$ :dollar $q$, $$ :d2 $$\n"
+        "-- :comment\n"
+        "/* :block /* :nested */ :still */ from t where b = :B and c = :a and d = :c_2 and e[1:2] = $1");
+    const QByteArray out = Query::translateParams(sql, &names);
+    QCOMPARE(names, (QStringList{QStringLiteral("a"), QStringLiteral("B"), QStringLiteral("c_2")}));
+    QCOMPARE(out, QStringLiteral(
+        "select $1, ':lit', E'it\\'s :esc', \"col:quoted\", x::date, $q$ :dollar $q$, $$ :d2 $$\n"
+        "-- :comment\n"
+        "/* :block /* :nested */ :still */ from t where b = $2 and c = $1 and d = $3 and e[1:2] = $1").toUtf8());
+
+    // An unterminated literal swallows the rest instead of inventing parameters.
+    Query::translateParams(QStringLiteral("select 'abc :x"), &names);
+    QVERIFY(names.isEmpty());
+
+    Query q;
+    q.setSql(QStringLiteral("select :pDataIncep::date"));
+    QCOMPARE(q.paramNames(), QStringList{QStringLiteral("pDataIncep")});
+    q.setParam(QStringLiteral("pdataincep"), QDate(2024, 2, 29));
+    QCOMPARE(q.param(QStringLiteral("PDATAINCEP")).toDate(), QDate(2024, 2, 29));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, q.setParam(QStringLiteral("nope"), 1));
+}
+
+void TstDbQuery::settingsReopenOnlyOnChange()
+{
+    Connection c;
+    PgTestServer::instance().configure(c);
+    c.open();
+    QSignalSpy closed(&c, &Connection::closed);
+    PgTestServer::instance().configure(c); // same values: the link stays
+    QVERIFY(c.isOpen());
+    QCOMPARE(closed.count(), 0);
+    c.setDatabase(c.database() + QStringLiteral("_nope"));
+    QVERIFY(!c.isOpen());
+    QCOMPARE(closed.count(), 1);
+    try {
+        c.open();
+        QFAIL("opened a database that does not exist");
+    } catch (const QuarvError &e) {
+        QVERIFY2(e.text().contains(QStringLiteral("does not exist")), qPrintable(e.text()));
+    }
+    QVERIFY(!c.isOpen());
+    c.setDatabase(PgTestServer::instance().database());
+    c.setPassword(QStringLiteral("wrong"));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, c.open());
+    c.setPassword(PgTestServer::password());
+    c.open();
+    c.execCommand(QStringLiteral("create temp table t1(a int); insert into t1 values (1); drop table t1"));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, c.execCommand(QStringLiteral("select * from no_such_table")));
+    QVERIFY(c.isOpen());
+    c.close();
+    QVERIFY(!c.isOpen());
+}
+
+void TstDbQuery::deadServerFailsWithLibpqText()
+{
+    Connection c;
+    c.setHost(QStringLiteral("127.0.0.1"));
+    c.setPort(PgTestServer::deadPort());
+    c.setDatabase(QStringLiteral("quarv1"));
+    c.setUserName(QStringLiteral("quarv"));
+    c.setPassword(QStringLiteral("kadrim"));
+    c.setConnectTimeout(3);
+    QElapsedTimer t;
+    t.start();
+    try {
+        c.open();
+        QFAIL("connected to a port where nothing listens");
+    } catch (const QuarvError &e) {
+        QVERIFY2(e.text().contains(QStringLiteral("127.0.0.1")) || e.text().contains(QStringLiteral("refused")),
+                 qPrintable(e.text()));
+    }
+    QVERIFY(!c.isOpen());
+    // A query on it reports the same failure rather than hanging.
+    Query q;
+    q.setConnection(&c);
+    q.setSql(QStringLiteral("select 1"));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, q.open());
+    QVERIFY(!q.isActive());
+}
+
+void TstDbQuery::typedFieldsNullsAndDiacritics()
+{
+    PgTestServer::instance().exec(QStringLiteral(
+        "create table tq_types (id int primary key, s varchar(7), c char(3), t text, n numeric(15,2), f float8, "
+        "i8 int8, i2 int2, b bool, d date, ts timestamp, tz timestamptz, by bytea, j json);"
+        "insert into tq_types values (1, 'ab', 'x', 'șțăîâ ȘȚĂÎÂ', 12345.67, 0.1, 9007199254740993, -5, true,"
+        " '2024-02-29', '2024-02-29 23:59:58.123456', '2024-01-01 10:00:00+00', '\\x00ff10', '{\"a\":1}');"
+        "insert into tq_types values (2, '', '', '', null, null, null, null, null, null, null, null, '\\x', null);"
+        "insert into tq_types (id) values (3);"));
+    Query q;
+    q.setConnection(&m_conn);
+    q.setSql(QStringLiteral("select * from tq_types order by id"));
+    q.open();
+    QCOMPARE(q.rowCount(), 3);
+    QCOMPARE(q.fieldCount(), 14);
+    auto def = [&](const char *n) { return q.fieldDef(q.fieldIndex(QString::fromLatin1(n))); };
+    QCOMPARE(def("s").type, FieldType::String);
+    QCOMPARE(def("s").size, 7);
+    QCOMPARE(def("c").size, 3);
+    QCOMPARE(def("t").type, FieldType::Text);
+    QCOMPARE(def("n").type, FieldType::Float);
+    QCOMPARE(def("f").type, FieldType::Float);
+    QCOMPARE(def("i8").type, FieldType::Int64);
+    QCOMPARE(def("i2").type, FieldType::Int32);
+    QCOMPARE(def("b").type, FieldType::Bool);
+    QCOMPARE(def("d").type, FieldType::Date);
+    QCOMPARE(def("ts").type, FieldType::DateTime);
+    QCOMPARE(def("by").type, FieldType::Bytes);
+    QCOMPARE(def("j").type, FieldType::Text);
+
+    q.first();
+    QCOMPARE(q.fieldValue(QStringLiteral("t")).toString(), QStringLiteral("șțăîâ ȘȚĂÎÂ"));
+    QCOMPARE(q.fieldValue(QStringLiteral("n")).toDouble(), 12345.67);
+    QCOMPARE(q.fieldValue(QStringLiteral("f")).toDouble(), 0.1);
+    QCOMPARE(q.fieldValue(QStringLiteral("i8")).toLongLong(), Q_INT64_C(9007199254740993));
+    QCOMPARE(q.fieldValue(QStringLiteral("i2")).toInt(), -5);
+    QCOMPARE(q.fieldValue(QStringLiteral("b")).toBool(), true);
+    QCOMPARE(q.fieldValue(QStringLiteral("d")).toDate(), QDate(2024, 2, 29));
+    QCOMPARE(q.fieldValue(QStringLiteral("ts")).toDateTime(), QDateTime(QDate(2024, 2, 29), QTime(23, 59, 58, 123)));
+    QCOMPARE(q.fieldValue(QStringLiteral("by")).toByteArray(), QByteArray("\x00\xff\x10", 3));
+    QCOMPARE(q.fieldValue(QStringLiteral("j")).toString(), QStringLiteral("{\"a\":1}"));
+
+    // Row 2: empty text is not null; row 3: every type null.
+    q.next();
+    for (const char *n : {"s", "t"}) {
+        QVERIFY(!q.isFieldNull(QString::fromLatin1(n)));
+        QCOMPARE(q.fieldValue(QString::fromLatin1(n)).toString(), QString());
+    }
+    QVERIFY(!q.isFieldNull(QStringLiteral("by")));
+    QVERIFY(q.isFieldNull(QStringLiteral("n")));
+    q.next();
+    for (int f = 1; f < q.fieldCount(); ++f) {
+        QVERIFY2(q.isFieldNull(q.fieldDef(f).name), qPrintable(q.fieldDef(f).name));
+        QVERIFY(q.column(f).isNull(2));
+    }
+    QVERIFY(q.column(q.fieldIndex(QStringLiteral("t"))).isNull(2));
+    QVERIFY(!q.column(q.fieldIndex(QStringLiteral("t"))).isNull(1));
+}
+
+void TstDbQuery::boundParameterTypes()
+{
+    Query q;
+    q.setConnection(&m_conn);
+    q.setSql(QStringLiteral("select :s::text as s, :d::date as d, :ts::timestamp as ts, :f::float8 as f, "
+                            ":i::int4 as i, :l::int8 as l, :b::bool as b, :by::bytea as by, :n::text as n, "
+                            ":s || '|' as again -- :ignored\n"));
+    QCOMPARE(q.paramNames().size(), 9);
+    const QString diacritics = QStringLiteral("Ștefan țărănește' \"; drop table x; --");
+    q.setParam(QStringLiteral("s"), diacritics);
+    q.setParam(QStringLiteral("d"), QDate(1999, 12, 31));
+    q.setParam(QStringLiteral("ts"), QDateTime(QDate(2025, 1, 2), QTime(3, 4, 5, 678)));
+    q.setParam(QStringLiteral("f"), 1.0 / 3.0);
+    q.setParam(QStringLiteral("i"), -42);
+    q.setParam(QStringLiteral("l"), qlonglong(1) << 60);
+    q.setParam(QStringLiteral("b"), false);
+    q.setParam(QStringLiteral("by"), QByteArray("\x00\x01'\\", 4));
+    q.setParam(QStringLiteral("n"), QVariant());
+    q.open();
+    QCOMPARE(q.rowCount(), 1);
+    QCOMPARE(q.fieldValue(QStringLiteral("s")).toString(), diacritics);
+    QCOMPARE(q.fieldValue(QStringLiteral("again")).toString(), diacritics + u'|');
+    QCOMPARE(q.fieldValue(QStringLiteral("d")).toDate(), QDate(1999, 12, 31));
+    QCOMPARE(q.fieldValue(QStringLiteral("ts")).toDateTime(), QDateTime(QDate(2025, 1, 2), QTime(3, 4, 5, 678)));
+    QCOMPARE(q.fieldValue(QStringLiteral("f")).toDouble(), 1.0 / 3.0); // full precision both ways
+    QCOMPARE(q.fieldValue(QStringLiteral("i")).toInt(), -42);
+    QCOMPARE(q.fieldValue(QStringLiteral("l")).toLongLong(), qlonglong(1) << 60);
+    QCOMPARE(q.fieldValue(QStringLiteral("b")).toBool(), false);
+    QVERIFY(!q.isFieldNull(QStringLiteral("b")));
+    QCOMPARE(q.fieldValue(QStringLiteral("by")).toByteArray(), QByteArray("\x00\x01'\\", 4));
+    QVERIFY(q.isFieldNull(QStringLiteral("n")));
+}
+
+void TstDbQuery::emptyResultsAndErrors()
+{
+    Query q;
+    q.setConnection(&m_conn);
+    q.setSql(QStringLiteral("select 1::int as a, 'x'::varchar(4) as b where false"));
+    q.open();
+    QVERIFY(q.isActive());
+    QCOMPARE(q.rowCount(), 0);
+    QCOMPARE(q.fieldCount(), 2);
+    QCOMPARE(q.fieldDef(1).size, 4);
+    QCOMPARE(q.currentRow(), -1);
+    QVERIFY(q.eof() && q.bof());
+    QVERIFY(!q.fieldValue(0).isValid());
+    q.close();
+
+    q.setSql(QStringLiteral("select * from no_such_view"));
+    try {
+        q.open();
+        QFAIL("opened a missing relation");
+    } catch (const QuarvError &e) {
+        QVERIFY(e.text().contains(QStringLiteral("no_such_view")));
+        QCOMPARE(e.sqlState(), QStringLiteral("42P01"));
+    }
+    QVERIFY(!q.isActive());
+    // The connection is still usable after a failed statement.
+    q.setSql(QStringLiteral("select 1/0"));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, q.open());
+    q.setSql(QStringLiteral("select 7 as x;"));
+    q.open();
+    QCOMPARE(q.fieldValue(0).toInt(), 7);
+}
+
+void TstDbQuery::refreshKeepsRow()
+{
+    PgTestServer::instance().exec(QStringLiteral("create table tq_refresh (n int); "
+                                                 "insert into tq_refresh select generate_series(1, 10)"));
+    Query q;
+    q.setConnection(&m_conn);
+    q.setSql(QStringLiteral("select n from tq_refresh order by n"));
+    q.open();
+    q.setCurrentRow(6);
+    QSignalSpy reset(&q, &Query::rowsReset);
+    PgTestServer::instance().exec(QStringLiteral("insert into tq_refresh values (11)"));
+    q.refresh();
+    QCOMPARE(reset.count(), 1);
+    QCOMPARE(q.rowCount(), 11);
+    QCOMPARE(q.currentRow(), 6);
+    QCOMPARE(q.fieldValue(0).toInt(), 7);
+    PgTestServer::instance().exec(QStringLiteral("delete from tq_refresh where n > 3"));
+    q.refresh();
+    QCOMPARE(q.currentRow(), 2);
+}
+
+void TstDbQuery::droppedConnectionIsSilent()
+{
+    Query q;
+    q.setConnection(&m_conn);
+    q.setSql(QStringLiteral("select pg_backend_pid() as pid"));
+    q.open();
+    const int before = q.fieldValue(0).toInt();
+    QVERIFY(PgTestServer::instance().terminateOthers() >= 1);
+    q.refresh(); // re-executed on a new link without a word
+    QVERIFY(q.isActive());
+    QVERIFY(q.fieldValue(0).toInt() != before);
+
+    PgTestServer::instance().terminateOthers();
+    m_conn.execCommand(QStringLiteral("select 1"));
+
+    // Raise: the error surfaces, and the next statement finds a fresh link.
+    m_conn.onConnectionLost = [] { return Connection::LostMode::Reconnect; };
+    PgTestServer::instance().terminateOthers();
+    QVERIFY_THROWS_EXCEPTION(QuarvError, m_conn.execCommand(QStringLiteral("select 1")));
+    m_conn.execCommand(QStringLiteral("select 1"));
+    m_conn.onConnectionLost = nullptr;
+    PgTestServer::instance().terminateOthers();
+    QVERIFY_THROWS_EXCEPTION(QuarvError, q.refresh());
+    QVERIFY(!q.isActive());
+    m_conn.onConnectionLost = [] { return Connection::LostMode::ReconnectExecute; };
+    m_conn.close();
+    q.open(); // the query opens the connection again
+    QVERIFY(m_conn.isOpen());
+}
+
+QTEST_GUILESS_MAIN(TstDbQuery)
+#include "tst_dbquery.moc"
