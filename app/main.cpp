@@ -1,11 +1,8 @@
-#include <QApplication>
-#include <QWidget>
+#include "app/u_application.h"
+#include "app/u_startup.h"
 
 int main(int argc, char *argv[])
 {
-    QApplication app(argc, argv);
-    QWidget w;
-    w.setWindowTitle(QStringLiteral("frmMenuQUARV"));
-    w.show();
-    return app.exec();
+    TQuarvApplication app(argc, argv);
+    return runProgram(app);
 }

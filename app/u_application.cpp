@@ -1,0 +1,15 @@
+#include "app/u_application.h"
+
+#include "ui/u_messages.h"
+
+TQuarvApplication::TQuarvApplication(int &argc, char **argv) : QApplication(argc, argv) {}
+
+bool TQuarvApplication::notify(QObject *receiver, QEvent *event)
+{
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (...) {
+        ui::reportException(std::current_exception());
+        return false;
+    }
+}

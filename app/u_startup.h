@@ -1,0 +1,25 @@
+#pragma once
+// Program start-up: every form and the session data module are created once,
+// in a fixed order, before the message loop; the Documents folder goes into
+// the session. No database is touched here.
+
+#include <QList>
+
+class QApplication;
+class QObject;
+class QWidget;
+
+// Creates the forms and the data module into their global variables (the
+// menu, the login and the analytic account sheet a second time: the globals
+// then name the second instances, the first ones stay alive and hidden).
+void createForms();
+// Deletes every instance createForms made, latest first, and clears the globals.
+void destroyForms();
+// The first menu instance: the program's main window (nullptr before createForms).
+QWidget *mainWindow();
+// Everything createForms made, in creation order.
+const QList<QObject *> &createdForms();
+
+// Creates the forms, shows the main window, runs the message loop until the
+// main window closes, then frees the forms. Returns the loop's exit code.
+int runProgram(QApplication &app);

@@ -1,0 +1,13 @@
+#pragma once
+// Stand-in for the form until its own unit is written: it exists with its
+// caption so the program can create and show it.
+
+#include <QWidget>
+
+class TfrmVerifDecontTurism : public QWidget {
+    Q_OBJECT
+public:
+    explicit TfrmVerifDecontTurism(QWidget *parent = nullptr);
+};
+
+extern TfrmVerifDecontTurism *frmVerifDecontTurism;

@@ -1,0 +1,94 @@
+#include "ui/u_messages.h"
+
+#include "db/u_error.h"
+
+#include <QApplication>
+#include <QMessageBox>
+
+namespace ui {
+
+namespace {
+MessageService *g_replacement = nullptr;
+
+QWidget *boxParent(QWidget *parent)
+{
+    return parent ? parent : QApplication::activeWindow();
+}
+} // namespace
+
+void WidgetMessages::information(const QString &text, QWidget *parent)
+{
+    QMessageBox box(QMessageBox::NoIcon, QString(), text, QMessageBox::Ok, boxParent(parent));
+    box.exec();
+}
+
+void WidgetMessages::error(const QString &text, QWidget *parent)
+{
+    QMessageBox box(QMessageBox::Critical, QString(), text, QMessageBox::Ok, boxParent(parent));
+    box.exec();
+}
+
+void RecordingMessages::information(const QString &text, QWidget *)
+{
+    informations.append(text);
+    all.append(text);
+}
+
+void RecordingMessages::error(const QString &text, QWidget *)
+{
+    errors.append(text);
+    all.append(text);
+}
+
+void RecordingMessages::clear()
+{
+    informations.clear();
+    errors.clear();
+    all.clear();
+}
+
+MessageService &messages()
+{
+    static WidgetMessages real;
+    return g_replacement ? *g_replacement : real;
+}
+
+MessageService *setMessages(MessageService *service)
+{
+    MessageService *previous = g_replacement;
+    g_replacement = service;
+    return previous;
+}
+
+QString exceptionText(std::exception_ptr e)
+{
+    try {
+        std::rethrow_exception(e);
+    } catch (const QuarvError &err) {
+        return err.text();
+    } catch (const std::exception &err) {
+        return QString::fromLocal8Bit(err.what());
+    } catch (...) {
+        return QStringLiteral("Eroare necunoscuta");
+    }
+}
+
+void reportException(std::exception_ptr e) noexcept
+{
+    try {
+        messages().error(exceptionText(e));
+    } catch (...) {
+        // The error box itself failed: nothing sensible is left to show.
+    }
+}
+
+void guarded(const std::function<void()> &handler) noexcept
+{
+    try {
+        handler();
+    } catch (...) {
+        reportException(std::current_exception());
+    }
+}
+
+} // namespace ui

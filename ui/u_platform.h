@@ -1,0 +1,25 @@
+#pragma once
+// What the program asks of the desktop it runs on: the user's Documents
+// folder and the list separator of the user's locale. Windows calls on
+// Windows, the nearest equivalent elsewhere; tests can pin both.
+
+#include <QChar>
+#include <QString>
+
+#include <optional>
+
+namespace ui::platform {
+
+// Full path of the current user's Documents folder without a trailing
+// separator, not created when missing; empty when the system cannot say.
+QString documentsFolder();
+
+// First character of the user locale's list separator (',' when unknown).
+// Outside Windows: ';' when the locale's decimal point is ',', else ','.
+QChar listSeparator();
+
+// Test hooks: a value pins the answer, std::nullopt asks the system again.
+void setDocumentsFolderOverride(std::optional<QString> folder);
+void setListSeparatorOverride(std::optional<QChar> separator);
+
+} // namespace ui::platform
