@@ -4,6 +4,7 @@
 // cancel. Subclasses decide where rows come from (a query, memory) and where
 // posted changes go (the server, nowhere).
 
+#include "db/u_error.h"
 #include "db/u_field.h"
 
 #include <QList>

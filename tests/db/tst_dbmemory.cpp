@@ -1,4 +1,208 @@
+// The in-memory table with its XML file, and the delimited-text mover.
+#include "db/u_memtable.h"
+#include "db/u_textmover.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
-class T : public QObject { Q_OBJECT };
-QTEST_GUILESS_MAIN(T)
+
+using db::FieldDef;
+using db::FieldType;
+using db::MemTable;
+
+namespace {
+
+std::vector<FieldDef> allTypes()
+{
+    auto f = [](const char *n, FieldType t, int size = 0) {
+        FieldDef d;
+        d.name = QString::fromLatin1(n);
+        d.type = t;
+        d.size = size;
+        return d;
+    };
+    return {f("ip", FieldType::String, 20), f("nota", FieldType::Text), f("zi", FieldType::Date),
+            f("moment", FieldType::DateTime), f("suma", FieldType::Float), f("port", FieldType::Int32),
+            f("mare", FieldType::Int64), f("activ", FieldType::Bool), f("date", FieldType::Bytes)};
+}
+
+QByteArray readAll(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+void writeFile(const QString &path, const QByteArray &data)
+{
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    f.write(data);
+}
+
+} // namespace
+
+class TstDbMemory : public QObject {
+    Q_OBJECT
+private slots:
+    void editingAndRoundTrip();
+    void badFilesLeaveTableClosedAndEmpty();
+    void textMover();
+};
+
+void TstDbMemory::editingAndRoundTrip()
+{
+    QTemporaryDir dir;
+    MemTable t;
+    t.setFieldDefs(allTypes());
+    t.open();
+    QVERIFY(t.isActive());
+    QCOMPARE(t.rowCount(), 0);
+    QCOMPARE(t.fieldCount(), 9);
+
+    // Insert through the edit buffer, with a default from the new-row hook.
+    t.onNewRecord = [](db::DataSet &ds) { ds.setFieldValue(QStringLiteral("port"), 5432); };
+    t.edit(); // empty table: becomes an insert
+    QCOMPARE(t.state(), db::DataSet::State::Insert);
+    t.setFieldValue(QStringLiteral("ip"), QStringLiteral("192.168.0.7"));
+    t.setFieldValue(QStringLiteral("nota"), QStringLiteral("Ștefan & <țară> \"â\"\r\n\ttab\x01"));
+    t.setFieldValue(QStringLiteral("zi"), QDate(2024, 2, 29));
+    t.setFieldValue(QStringLiteral("moment"), QDateTime(QDate(2023, 12, 31), QTime(23, 59, 59, 999)));
+    t.setFieldValue(QStringLiteral("suma"), 0.1 + 0.2);
+    t.setFieldValue(QStringLiteral("mare"), qlonglong(-9007199254740993));
+    t.setFieldValue(QStringLiteral("activ"), false);
+    t.setFieldValue(QStringLiteral("date"), QByteArray("\x00<\xff", 3));
+    t.post();
+    QCOMPARE(t.rowCount(), 1);
+    QCOMPARE(t.fieldValue(QStringLiteral("port")).toInt(), 5432);
+    // A second row: empty text, every other value null.
+    t.append();
+    t.setFieldValue(QStringLiteral("ip"), QString(""));
+    t.setFieldValue(QStringLiteral("port"), QVariant());
+    t.post();
+    t.appendRow({QStringLiteral("de sters")});
+    QCOMPARE(t.rowCount(), 3);
+    t.last();
+    t.deleteCurrent();
+    QCOMPARE(t.rowCount(), 2);
+
+    // A refusing hook keeps the edit and the table unchanged.
+    t.first();
+    t.beforePost = [](db::DataSet &) { throw QuarvError(QStringLiteral("refuzat")); };
+    t.setFieldValue(QStringLiteral("ip"), QStringLiteral("x"));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, t.post());
+    QVERIFY(t.isEditing());
+    t.cancel();
+    t.beforePost = nullptr;
+    QCOMPARE(t.fieldValue(QStringLiteral("ip")).toString(), QStringLiteral("192.168.0.7"));
+
+    const QString path = dir.filePath(QStringLiteral("conectareQUARV.xml"));
+    t.saveToFile(path);
+    t.close();
+    QCOMPARE(t.rowCount(), 0);
+
+    MemTable u; // no designed fields: the file describes itself
+    QSignalSpy reset(&u, &MemTable::rowsReset);
+    u.loadFromFile(path);
+    QVERIFY(u.isActive());
+    QVERIFY(reset.count() >= 1);
+    QCOMPARE(u.rowCount(), 2);
+    QCOMPARE(u.currentRow(), 0);
+    QCOMPARE(u.fieldCount(), 9);
+    QCOMPARE(u.fieldDef(0).size, 20);
+    QCOMPARE(u.fieldDef(6).type, FieldType::Int64);
+    QCOMPARE(u.fieldValue(QStringLiteral("nota")).toString(), QStringLiteral("Ștefan & <țară> \"â\"\r\n\ttab\x01"));
+    QCOMPARE(u.fieldValue(QStringLiteral("zi")).toDate(), QDate(2024, 2, 29));
+    QCOMPARE(u.fieldValue(QStringLiteral("moment")).toDateTime(), QDateTime(QDate(2023, 12, 31), QTime(23, 59, 59, 999)));
+    QCOMPARE(u.fieldValue(QStringLiteral("suma")).toDouble(), 0.1 + 0.2);
+    QCOMPARE(u.fieldValue(QStringLiteral("mare")).toLongLong(), qlonglong(-9007199254740993));
+    QCOMPARE(u.fieldValue(QStringLiteral("activ")), QVariant(false));
+    QCOMPARE(u.fieldValue(QStringLiteral("date")).toByteArray(), QByteArray("\x00<\xff", 3));
+    u.next();
+    QVERIFY(!u.isFieldNull(QStringLiteral("ip")));
+    QCOMPARE(u.fieldValue(QStringLiteral("ip")).toString(), QString());
+    for (int f = 1; f < u.fieldCount(); ++f)
+        QVERIFY2(u.isFieldNull(u.fieldDef(f).name), qPrintable(u.fieldDef(f).name));
+
+    // Saving again gives the same file: nothing drifts through a round trip.
+    const QString again = dir.filePath(QStringLiteral("again.xml"));
+    u.saveToFile(again);
+    QCOMPARE(readAll(again), readAll(path));
+}
+
+void TstDbMemory::badFilesLeaveTableClosedAndEmpty()
+{
+    QTemporaryDir dir;
+    MemTable good;
+    good.setFieldDefs(allTypes());
+    good.appendRow({QStringLiteral("10.0.0.1"), QStringLiteral("a"), QDate(2024, 1, 1)});
+    good.appendRow({QStringLiteral("10.0.0.2")});
+    const QString path = dir.filePath(QStringLiteral("good.xml"));
+    good.saveToFile(path);
+    const QByteArray xml = readAll(path);
+    QVERIFY(xml.contains("quarvTable"));
+
+    const QList<QPair<const char *, QByteArray>> bad = {
+        {"truncated", xml.left(xml.size() * 2 / 3)},
+        {"truncated after rows", xml.left(xml.lastIndexOf("</quarvTable>"))},
+        {"empty", QByteArray()},
+        {"not xml", QByteArray("ip;port\n1;2\n")},
+        {"other root", QByteArray("<?xml version=\"1.0\"?><table/>")},
+        {"bad date", QByteArray(xml).replace("2024-01-01", "2024-13-45")},
+        {"unknown type", QByteArray(xml).replace("type=\"int64\"", "type=\"blob\"")},
+        {"extra value", QByteArray(xml).replace("<row>", "<row><v>1</v>")},
+        {"garbage after", xml + "<x/>"},
+    };
+    MemTable t;
+    t.setFieldDefs({allTypes()[0]});
+    for (const auto &[what, content] : bad) {
+        const QString p = dir.filePath(QString::fromLatin1(what) + QStringLiteral(".xml"));
+        writeFile(p, content);
+        t.loadFromFile(path); // start each case from a loaded table
+        QCOMPARE(t.rowCount(), 2);
+        try {
+            t.loadFromFile(p);
+            QFAIL(what);
+        } catch (const QuarvError &e) {
+            QVERIFY2(e.text().contains(p), qPrintable(e.text()));
+        }
+        QVERIFY2(!t.isActive() && t.rowCount() == 0, what);
+        t.open(); // the designed, empty table
+        QCOMPARE(t.fieldCount(), 1);
+        QCOMPARE(t.rowCount(), 0);
+        t.close();
+    }
+    try {
+        t.loadFromFile(dir.filePath(QStringLiteral("missing.xml")));
+        QFAIL("loaded a missing file");
+    } catch (const QuarvError &e) {
+        QVERIFY(e.text().contains(QStringLiteral("nu exista")));
+    }
+    QVERIFY(!t.isActive());
+    QVERIFY_THROWS_EXCEPTION(QuarvError, good.saveToFile(dir.filePath(QStringLiteral("no/such/dir/x.xml"))));
+}
+
+void TstDbMemory::textMover()
+{
+    QTemporaryDir dir;
+    MemTable t;
+    t.setFieldDefs(allTypes());
+    t.appendRow({QStringLiteral("a;\"b\""), QStringLiteral("șț"), QDate(2024, 3, 1), QDateTime(QDate(2024, 3, 1), QTime(8, 5)),
+                 1234567.891, 7, qlonglong(1) << 40, true, QByteArray("\x01\xab", 2)});
+    t.appendRow({QString(""), QVariant(), QVariant(), QVariant(), 0.1, -1, 0, false});
+    const QString path = dir.filePath(QStringLiteral("out.csv"));
+    writeFile(path, "old content that must go away, longer than the new one ............................................");
+    db::moveToText(t, path, u';');
+    const QByteArray expected =
+        "ip;nota;zi;moment;suma;port;mare;activ;date\r\n"
+        "\"a;\"\"b\"\"\";\"\xc8\x99\xc8\x9b\";2024-03-01;2024-03-01 08:05:00;1234567.891;7;1099511627776;True;\"01ab\"\r\n"
+        "\"\";;;;0.1;-1;0;False;\r\n";
+    QCOMPARE(readAll(path), expected);
+
+    db::moveToText(t, path, u'\t');
+    QVERIFY(readAll(path).startsWith("ip\tnota\tzi"));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, db::moveToText(t, dir.filePath(QStringLiteral("nodir/x.csv")), u','));
+}
+
+QTEST_GUILESS_MAIN(TstDbMemory)
 #include "tst_dbmemory.moc"
