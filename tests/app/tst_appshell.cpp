@@ -1,0 +1,464 @@
+// The application shell against a real server: start-up state, the sign-in
+// table, the profiles file after each path, the menu's states and buttons,
+// and the default error report.
+
+#include "app/u_application.h"
+#include "app/u_dmQuarv.h"
+#include "app/u_frmLogin.h"
+#include "app/u_frmMenuQuarv.h"
+#include "app/u_startup.h"
+#include "db/u_memtable.h"
+#include "reports/u_frmAnalizaPostcalcul.h"
+#include "reports/u_frmContareDocumente.h"
+#include "reports/u_frmFisaDeContAnalitica.h"
+#include "tests/support/u_pgtestserver.h"
+#include "ui/u_dbcontrols.h"
+#include "ui/u_messages.h"
+#include "ui/u_platform.h"
+
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+#include <stdexcept>
+
+namespace {
+
+const QString kBadLogin = QStringLiteral("Eroare la conectare");
+const QString kMustLogin = QStringLiteral("Trebuie sa va autentificati...");
+
+class Thrower : public QObject {
+public:
+    int kind = 0;
+    bool event(QEvent *e) override
+    {
+        if (e->type() != QEvent::User)
+            return QObject::event(e);
+        if (kind == 0)
+            throw QuarvError(QStringLiteral("Eroare de proba"));
+        if (kind == 1)
+            throw std::runtime_error("std failure");
+        throw 42;
+    }
+};
+
+} // namespace
+
+class TestAppShell : public QObject {
+    Q_OBJECT
+    QTemporaryDir m_docs;
+    ui::ScopedRecordingMessages *m_msg = nullptr;
+    PgTestServer *m_pg = nullptr;
+
+    TfrmMenuQUARV *menu() const { return static_cast<TfrmMenuQUARV *>(mainWindow()); }
+    QString settingsFile() const { return m_docs.path() + QStringLiteral("/conectareQUARV.xml"); }
+    QByteArray settingsBytes() const
+    {
+        QFile f(settingsFile());
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+
+    // A fresh login window holding one typed profile, as the operator would type it.
+    void typeProfile(const QString &ip, const QString &port, const QString &database, const QString &user,
+                     const QString &password)
+    {
+        frmLogin->hide();
+        QFile::remove(settingsFile());
+        frmLogin->FDMemTableConectare->close();
+        frmLogin->show();
+        QVERIFY(frmLogin->FDMemTableConectare->isActive());
+        QCOMPARE(frmLogin->FDMemTableConectare->rowCount(), 0);
+        QTest::keyClicks(frmLogin->edtIp, ip);
+        QTest::keyClicks(frmLogin->edtPort, port);
+        QTest::keyClicks(frmLogin->edtDataBase, database);
+        QTest::keyClicks(frmLogin->edtUser, user);
+        frmLogin->edtPassword->setText(password);
+    }
+    void typeGoodProfile(const QString &user, const QString &password)
+    {
+        typeProfile(m_pg->host(), QString::number(m_pg->port()), m_pg->database(), user, password);
+    }
+
+    // Presses "LogIn"; while the modal window is open, `during` runs and the
+    // window is closed by its close box if still open.
+    void pressLogIn(const std::function<void()> &during)
+    {
+        QTimer::singleShot(0, frmLogin, [&] {
+            during();
+            if (frmLogin->isVisible())
+                frmLogin->reject();
+        });
+        QTest::mouseClick(menu()->btnLog, Qt::LeftButton);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_docs.isValid());
+        m_msg = new ui::ScopedRecordingMessages;
+        ui::platform::setDocumentsFolderOverride(m_docs.path());
+        m_pg = &PgTestServer::instance();
+        createForms();
+        menu()->show();
+    }
+
+    void cleanupTestCase()
+    {
+        destroyForms();
+        delete m_msg;
+    }
+
+    void init() { m_msg->clear(); }
+
+    void startupState()
+    {
+        QStringList order;
+        for (QObject *o : createdForms())
+            order << o->objectName();
+        QCOMPARE(order, QStringList({"frmMenuQUARV", "dmQuarv", "frmCheltVenPeComenziFaraRegii",
+                                     "frmAnalizaContabilaDetaliata", "frmGridStyle", "frmVerifDecontTurism",
+                                     "frmLogin", "frmFisaDeContAnalitica", "frmConta_select",
+                                     "frmAnaliza_Profitabilitate", "frmAnalizaRegistruJurnal",
+                                     "frmContareDocumente", "frmConts_select", "frmMenuQUARV", "frmLogin",
+                                     "frmFisaDeContAnalitica"}));
+        // The globals name the second instances; the main window is the first menu.
+        QCOMPARE(mainWindow(), createdForms().first());
+        QCOMPARE(static_cast<QObject *>(frmMenuQUARV), createdForms().at(13));
+        QCOMPARE(static_cast<QObject *>(frmLogin), createdForms().at(14));
+        QCOMPARE(static_cast<QObject *>(frmFisaDeContAnalitica), createdForms().at(15));
+        QVERIFY(!frmMenuQUARV->isVisible());
+        QCOMPARE(frmAnalizaPostcalcul, nullptr);
+        QCOMPARE(dmQuarv->caleDocumente, m_docs.path());
+
+        // Nothing touched the database.
+        QVERIFY(!dmQuarv->pgConn->isOpen());
+        QVERIFY(!dmQuarv->dsEmitent->isActive());
+        QVERIFY(!dmQuarv->dsDataList->isActive());
+        QVERIFY(!dmQuarv->pgMenuQuarv->isActive());
+        QCOMPARE(dmQuarv->pgConn->port(), 0);
+        QCOMPARE(dmQuarv->pgConn->database(), QStringLiteral("quarv1"));
+        QCOMPARE(dmQuarv->pgConn->onConnectionLost(), db::Connection::LostMode::ReconnectExecute);
+        QCOMPARE(dmQuarv->dsDataList->updateTable(), QStringLiteral("data_list"));
+
+        // Menu state after start-up.
+        QVERIFY(dmQuarv->emitent.isEmpty());
+        QVERIFY(menu()->lblUser->text().isEmpty());
+        QVERIFY(!menu()->cxGroupBoxMenu->isVisible());
+        QCOMPARE(menu()->btnLog->text(), QStringLiteral("LogIn"));
+        QCOMPARE(menu()->Label1->text(), QStringLiteral("v. 2025.02.10 10:30        "));
+        const QList<int> widths = {menu()->btnFisaCont->width(), menu()->btnAnalizaProfitabilitate->width(),
+                                   menu()->btnAnalizaRegJurn->width(), menu()->btnContareDoc->width(),
+                                   menu()->cxButton1->width(), menu()->btnAnalizaContabilaDetaliata->width(),
+                                   menu()->cxButton2->width(), menu()->cxButton3->width()};
+        QCOMPARE(widths, QList<int>({123, 123, 123, 123, 227, 147, 147, 147}));
+
+        // The sheets the grids use.
+        const ui::GridStyleSheet &rep = dmQuarv->GridTableViewStyleSheetReport();
+        QCOMPARE(rep.style(ui::GridElement::Selection).color, QColor(0x31, 0x6A, 0xC5));
+        QVERIFY(rep.style(ui::GridElement::Footer).font->bold());
+        const ui::GridStyleSheet &blue = dmQuarv->cxGridTableViewStyleSheetAlbastru();
+        QCOMPARE(blue.style(ui::GridElement::Header).color, QColor(0x00, 0x80, 0xC0));
+        QCOMPARE(blue.style(ui::GridElement::Content).color, rep.style(ui::GridElement::Content).color);
+        QCOMPARE(dmQuarv->StandardQUARV().style(ui::GridElement::Content).textColor, QColor(Qt::red));
+        for (const char *name : {"StandardQUARV_rosu", "GalbenFiltru", "BandedQuarv", "PivotGridAnaliza",
+                                 "GridAnaliza", "StandardImplicit"})
+            QVERIFY2(dmQuarv->cxStyles.sheet(QString::fromLatin1(name)), name);
+    }
+
+    void defaultErrorReport()
+    {
+        Thrower t;
+        for (int kind = 0; kind < 3; ++kind) {
+            t.kind = kind;
+            QEvent ev(QEvent::User);
+            QCoreApplication::sendEvent(&t, &ev); // must not throw
+        }
+        QCOMPARE(m_msg->errors, QStringList({"Eroare de proba", "std failure", "Eroare necunoscuta"}));
+    }
+
+    void loginWindowLayout()
+    {
+        frmLogin->show();
+        QCOMPARE(frmLogin->focusWidget(), frmLogin->edtPassword);
+        QCOMPARE(frmLogin->edtPassword->echoMode(), QLineEdit::Password);
+        QVERIFY(frmLogin->btnConnect->isDefault());
+        QCOMPARE(frmLogin->lblParola->buddy(), frmLogin->edtPassword);
+        QCOMPARE(frmLogin->lblIp->buddy(), frmLogin->edtIp);
+        // Keyboard order: profile, password, "Conectare", navigator.
+        QList<QWidget *> chain;
+        QWidget *w = frmLogin->edtIp;
+        while (chain.size() < 7) {
+            if (w->focusPolicy() & Qt::TabFocus)
+                chain << w;
+            w = w->nextInFocusChain();
+        }
+        QCOMPARE(chain, QList<QWidget *>({frmLogin->edtIp, frmLogin->edtPort, frmLogin->edtDataBase,
+                                          frmLogin->edtUser, frmLogin->edtPassword, frmLogin->btnConnect,
+                                          frmLogin->DBNavigator1->button(ui::DBNavigator::First)}));
+        frmLogin->hide();
+    }
+
+    void settingsFileReading()
+    {
+        db::MemTable *t = frmLogin->FDMemTableConectare;
+        auto showWithFile = [&](const QByteArray *content) {
+            frmLogin->hide();
+            t->close();
+            QFile::remove(settingsFile());
+            if (content) {
+                QFile f(settingsFile());
+                QVERIFY(f.open(QIODevice::WriteOnly));
+                f.write(*content);
+            }
+            frmLogin->show();
+        };
+
+        // A good file, two profiles: the first is current and shown.
+        {
+            db::MemTable src;
+            src.setFieldDefs(t->designedFields());
+            src.open();
+            src.appendRow({QStringLiteral("srv1"), 5433, QStringLiteral("db1"), QStringLiteral("E1")});
+            src.appendRow({QStringLiteral("srv2"), QVariant(), QStringLiteral("db2"), QStringLiteral("E2")});
+            src.saveToFile(settingsFile());
+        }
+        const QByteArray good = settingsBytes();
+        QVERIFY(!good.isEmpty());
+        showWithFile(&good);
+        QCOMPARE(t->rowCount(), 2);
+        QCOMPARE(t->currentRow(), 0);
+        QCOMPARE(frmLogin->edtIp->text(), QStringLiteral("srv1"));
+        QCOMPARE(frmLogin->edtPort->text(), QStringLiteral("5433"));
+        t->next();
+        QCOMPARE(frmLogin->edtUser->text(), QStringLiteral("E2"));
+        QVERIFY(frmLogin->edtPort->text().isEmpty());
+
+        // Missing, empty, malformed and truncated files: silently an empty table.
+        const QByteArray empty;
+        const QByteArray malformed("<<not xml at all");
+        const QByteArray truncated = good.left(good.size() / 2);
+        const QByteArray *bad[] = {nullptr, &empty, &malformed, &truncated};
+        for (const QByteArray *content : bad) {
+            showWithFile(content);
+            QVERIFY(t->isActive());
+            QCOMPARE(t->rowCount(), 0);
+            QCOMPARE(t->fieldCount(), 4);
+            QVERIFY(m_msg->all.isEmpty());
+            QCOMPARE(frmLogin->focusWidget(), frmLogin->edtPassword);
+        }
+        frmLogin->hide();
+        QFile::remove(settingsFile());
+    }
+
+    void signInFailures()
+    {
+        m_pg->exec(QStringLiteral("delete from emitent"));
+        m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('DEMO', 'secret')"));
+
+        // Unreachable server: the connection layer's own text; nothing saved.
+        typeProfile(m_pg->host(), QString::number(PgTestServer::deadPort()), m_pg->database(), "DEMO", "secret");
+        QTest::keyClick(frmLogin->edtDataBase, Qt::Key_Return); // Enter anywhere presses "Conectare"
+        QCOMPARE(m_msg->errors.size(), 1);
+        QVERIFY(m_msg->errors.first() != kBadLogin && !m_msg->errors.first().isEmpty());
+        QVERIFY(frmLogin->isVisible());
+        QVERIFY(dmQuarv->emitent.isEmpty());
+        QVERIFY(!QFile::exists(settingsFile()));
+        QCOMPARE(dmQuarv->pgConn->userName(), QStringLiteral("quarv"));
+        QCOMPARE(dmQuarv->pgConn->password(), QStringLiteral("kadrim"));
+
+        // Wrong database.
+        m_msg->clear();
+        typeProfile(m_pg->host(), QString::number(m_pg->port()), "nu_exista_db", "DEMO", "secret");
+        frmLogin->btnConnect->click();
+        QCOMPARE(m_msg->errors.size(), 1);
+        QVERIFY2(m_msg->errors.first().contains("nu_exista_db"), qPrintable(m_msg->errors.first()));
+        QVERIFY(!dmQuarv->pgConn->isOpen());
+        QVERIFY(!QFile::exists(settingsFile()));
+
+        // Unknown issuer, wrong password, empty password: refused alike, connection kept.
+        const QList<QPair<QString, QString>> refused = {{"NOBODY", "secret"}, {"DEMO", "gresit"}, {"DEMO", ""},
+                                                        {"demo", "secret"}};
+        for (const auto &[user, password] : refused) {
+            m_msg->clear();
+            typeGoodProfile(user, password);
+            frmLogin->btnConnect->click();
+            QCOMPARE(m_msg->errors, QStringList{kBadLogin});
+            QVERIFY(frmLogin->isVisible());
+            QVERIFY(dmQuarv->emitent.isEmpty());
+            QVERIFY(dmQuarv->pgConn->isOpen());
+            QVERIFY(!dmQuarv->dsEmitent->isActive());
+            QVERIFY(!QFile::exists(settingsFile()));
+        }
+
+        // Two identical issuer rows: refused.
+        m_pg->execAdmin(QStringLiteral("alter table emitent drop constraint if exists emitent_pkey cascade"));
+        m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('DUP', 'x'), ('DUP', 'x')"));
+        m_msg->clear();
+        typeGoodProfile("DUP", "x");
+        frmLogin->btnConnect->click();
+        QCOMPARE(m_msg->errors, QStringList{kBadLogin});
+        QVERIFY(dmQuarv->emitent.isEmpty());
+
+        // An empty port cell is port 0.
+        m_msg->clear();
+        typeProfile(m_pg->host(), QString(), m_pg->database(), "DEMO", "secret");
+        frmLogin->btnConnect->click();
+        QCOMPARE(dmQuarv->pgConn->port(), 0);
+        frmLogin->hide();
+    }
+
+    void signInSuccessAndFile()
+    {
+        m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('GOL', '')"));
+        // An empty password matches an empty operator_parola.
+        typeGoodProfile("GOL", "");
+        frmLogin->btnConnect->click();
+        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join('|')));
+        QCOMPARE(dmQuarv->emitent, QStringLiteral("GOL"));
+        QVERIFY(!frmLogin->isVisible());
+        QCOMPARE(frmLogin->result(), int(QDialog::Accepted));
+        QVERIFY(!frmLogin->FDMemTableConectare->isActive());
+
+        // Several profiles: the current one is used, every row is saved, no password.
+        typeProfile("alt-server", "1234", "alta", "X", "");
+        QTest::mouseClick(frmLogin->DBNavigator1->button(ui::DBNavigator::Insert), Qt::LeftButton);
+        QTest::keyClicks(frmLogin->edtIp, m_pg->host());
+        QTest::keyClicks(frmLogin->edtPort, QString::number(m_pg->port()));
+        QTest::keyClicks(frmLogin->edtDataBase, m_pg->database());
+        QTest::keyClicks(frmLogin->edtUser, "DEMO");
+        frmLogin->edtPassword->setText("secret");
+        frmLogin->btnConnect->click(); // the pending insert is posted first
+        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join('|')));
+        QCOMPARE(dmQuarv->emitent, QStringLiteral("DEMO"));
+        const QByteArray saved = settingsBytes();
+        QVERIFY(saved.contains("alt-server"));
+        QVERIFY(saved.contains("DEMO"));
+        QVERIFY(!saved.contains("secret"));
+        QVERIFY(!saved.contains("kadrim"));
+
+        // The next showing reloads both rows.
+        frmLogin->show();
+        QCOMPARE(frmLogin->FDMemTableConectare->rowCount(), 2);
+        QVERIFY(dmQuarv->emitent.isEmpty());
+        frmLogin->hide();
+    }
+
+    void unwritableDocumentsFolder()
+    {
+        const QString saved = dmQuarv->caleDocumente;
+        const QString folders[] = {m_docs.path() + "/lipsa/mai/adanc", settingsFile() + "/sub"};
+        QFile::remove(settingsFile());
+        for (const QString &folder : folders) {
+            m_msg->clear();
+            dmQuarv->caleDocumente = saved;
+            typeGoodProfile("DEMO", "secret");
+            dmQuarv->caleDocumente = folder;
+            frmLogin->btnConnect->click();
+            QCOMPARE(m_msg->errors, QStringList{"Nu se poate crea fisierul conectareQUARV.xml\rin directorul " + folder});
+            // Signed in anyway; the window closed; the typed rows kept.
+            QCOMPARE(dmQuarv->emitent, QStringLiteral("DEMO"));
+            QVERIFY(!frmLogin->isVisible());
+            QVERIFY(frmLogin->FDMemTableConectare->isActive());
+            QCOMPARE(frmLogin->FDMemTableConectare->rowCount(), 1);
+            // Shown again with no file to reload: the operator's row is still there.
+            frmLogin->show();
+            QCOMPARE(frmLogin->FDMemTableConectare->rowCount(), 1);
+            frmLogin->hide();
+        }
+        dmQuarv->caleDocumente = saved;
+    }
+
+    void menuStates()
+    {
+        // Closing the login window by its close box.
+        bool checkedDuring = false;
+        pressLogIn([&] {
+            checkedDuring = frmLogin->isVisible() && dmQuarv->emitent.isEmpty()
+                            && menu()->lblUser->text().isEmpty() && !menu()->cxGroupBoxMenu->isVisible();
+        });
+        QVERIFY(checkedDuring);
+        QCOMPARE(m_msg->errors, QStringList{kMustLogin});
+        QVERIFY(!menu()->cxGroupBoxMenu->isVisible());
+        QVERIFY(menu()->lblUser->text().isEmpty());
+
+        // A successful sign-in through the menu.
+        m_msg->clear();
+        pressLogIn([&] {
+            frmLogin->FDMemTableConectare->close();
+            QFile::remove(settingsFile());
+            frmLogin->FormShow();
+            QTest::keyClicks(frmLogin->edtIp, m_pg->host());
+            QTest::keyClicks(frmLogin->edtPort, QString::number(m_pg->port()));
+            QTest::keyClicks(frmLogin->edtDataBase, m_pg->database());
+            QTest::keyClicks(frmLogin->edtUser, "DEMO");
+            frmLogin->edtPassword->setText("secret");
+            QTest::keyClick(frmLogin->edtPassword, Qt::Key_Enter);
+        });
+        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join('|')));
+        QCOMPARE(menu()->lblUser->text(), QStringLiteral("DEMO"));
+        QVERIFY(menu()->cxGroupBoxMenu->isVisible());
+
+        // LogIn again while signed in: dropped at once, connection kept open.
+        m_msg->clear();
+        checkedDuring = false;
+        pressLogIn([&] {
+            checkedDuring = dmQuarv->emitent.isEmpty() && menu()->lblUser->text().isEmpty()
+                            && !menu()->cxGroupBoxMenu->isVisible() && dmQuarv->pgConn->isOpen();
+        });
+        QVERIFY(checkedDuring);
+        QCOMPARE(m_msg->errors, QStringList{kMustLogin});
+        QVERIFY(!menu()->cxGroupBoxMenu->isVisible());
+        QVERIFY(dmQuarv->pgConn->isOpen());
+    }
+
+    void reportButtons()
+    {
+        QWidget *firstSheet = qobject_cast<QWidget *>(createdForms().at(7));
+        QTest::mouseClick(menu()->btnFisaCont, Qt::LeftButton);
+        QTest::mouseClick(menu()->btnFisaCont, Qt::LeftButton);
+        QVERIFY(frmFisaDeContAnalitica->isVisible());
+        QVERIFY(!firstSheet->isVisible());
+        int shown = 0;
+        for (QWidget *w : QApplication::topLevelWidgets())
+            shown += w->isVisible() && w->objectName() == QLatin1String("frmFisaDeContAnalitica");
+        QCOMPARE(shown, 1);
+
+        // The form that was never created: the default error report, nothing opens.
+        const int before = QApplication::topLevelWidgets().size();
+        QTest::mouseClick(menu()->cxButton3, Qt::LeftButton);
+        QCOMPARE(m_msg->errors.size(), 1);
+        QVERIFY(m_msg->errors.first().contains("frmAnalizaPostcalcul"));
+        QCOMPARE(QApplication::topLevelWidgets().size(), before);
+        // The menu goes on working.
+        QTest::mouseClick(menu()->btnContareDoc, Qt::LeftButton);
+        QVERIFY(frmContareDocumente->isVisible());
+        QCOMPARE(m_msg->errors.size(), 1);
+    }
+
+    void droppedConnectionIsRepeated()
+    {
+        m_pg->exec(QStringLiteral("delete from data_list"));
+        m_pg->exec(QStringLiteral("insert into data_list (data_incep, data_sf) values ('2024-01-01', '2024-01-31')"));
+        QVERIFY(dmQuarv->pgConn->isOpen());
+        QVERIFY(m_pg->terminateOthers() >= 1);
+        dmQuarv->dsDataList->open();
+        QCOMPARE(dmQuarv->dsDataList->rowCount(), 1);
+        QVERIFY(m_msg->all.isEmpty());
+        dmQuarv->dsDataList->close();
+    }
+};
+
+int main(int argc, char **argv)
+{
+    TQuarvApplication app(argc, argv);
+    TestAppShell t;
+    return QTest::qExec(&t, argc, argv);
+}
+
+#include "tst_appshell.moc"

@@ -1,0 +1,173 @@
+// The small services every window relies on: platform answers, the wait
+// cursor, the save-dialog and message doubles, the data-aware edit and the
+// record navigator.
+
+#include "db/u_memtable.h"
+#include "ui/u_dbcontrols.h"
+#include "ui/u_filedialog.h"
+#include "ui/u_messages.h"
+#include "ui/u_platform.h"
+#include "ui/u_waitcursor.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+
+#include <stdexcept>
+
+class TestUiServices : public QObject {
+    Q_OBJECT
+
+    static std::vector<db::FieldDef> fields()
+    {
+        db::FieldDef name{QStringLiteral("nume"), db::FieldType::String, 5};
+        db::FieldDef number{QStringLiteral("numar"), db::FieldType::Int32};
+        return {name, number};
+    }
+
+private slots:
+    void platform()
+    {
+        QTemporaryDir home;
+        const QString docs = home.path() + QStringLiteral("/Documente");
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path()));
+        qputenv("HOME", QFile::encodeName(home.path()));
+        qputenv("XDG_DOCUMENTS_DIR", QFile::encodeName(docs));
+        const QString found = ui::platform::documentsFolder();
+        QVERIFY(!found.isEmpty());
+        QVERIFY(!found.endsWith(QLatin1Char('/')));
+        // Asked, never created.
+        QVERIFY(!QDir(docs).exists());
+        QVERIFY(!QDir(home.path() + QStringLiteral("/Documents")).exists());
+
+        ui::platform::setDocumentsFolderOverride(QString());
+        QCOMPARE(ui::platform::documentsFolder(), QString());
+        ui::platform::setDocumentsFolderOverride(std::nullopt);
+
+        const QChar sep = ui::platform::listSeparator();
+        QVERIFY(sep == QLatin1Char(',') || sep == QLatin1Char(';'));
+        ui::platform::setListSeparatorOverride(QLatin1Char(';'));
+        QCOMPARE(ui::platform::listSeparator(), QLatin1Char(';'));
+        ui::platform::setListSeparatorOverride(std::nullopt);
+        QCOMPARE(ui::platform::listSeparator(), sep);
+    }
+
+    void waitCursorRestoredOnEveryPath()
+    {
+        try {
+            ui::WaitCursor wait;
+            QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+            throw std::runtime_error("x");
+        } catch (const std::runtime_error &) {
+        }
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+    }
+
+    void doubles()
+    {
+        {
+            ui::ScopedQueuedFileDialog dlg;
+            dlg.answers.enqueue(QStringLiteral("/tmp/a.csv"));
+            QCOMPARE(ui::fileDialog().saveFileName("*.csv", "/d\\X.csv"), QStringLiteral("/tmp/a.csv"));
+            QCOMPARE(ui::fileDialog().saveFileName("*.xlsx", "/d\\Y.xlsx"), QString()); // cancel
+            QCOMPARE(dlg.askedFilters, QStringList({"*.csv", "*.xlsx"}));
+            QCOMPARE(dlg.askedNames.last(), QStringLiteral("/d\\Y.xlsx"));
+        }
+        QVERIFY(dynamic_cast<ui::WidgetFileDialog *>(&ui::fileDialog()));
+
+        ui::ScopedRecordingMessages msg;
+        ui::messages().information(QStringLiteral("ok"));
+        ui::guarded([] { throw QuarvError(QStringLiteral("Alegeti Conts!")); });
+        ui::guarded([] {});
+        QCOMPARE(msg.informations, QStringList{"ok"});
+        QCOMPARE(msg.errors, QStringList{"Alegeti Conts!"});
+        QCOMPARE(msg.all, QStringList({"ok", "Alegeti Conts!"}));
+    }
+
+    void boundEditAndNavigator()
+    {
+        ui::ScopedRecordingMessages msg;
+        db::MemTable t;
+        t.setFieldDefs(fields());
+        QWidget w;
+        auto *name = new ui::DBEdit(&w);
+        auto *number = new ui::DBEdit(&w);
+        auto *nav = new ui::DBNavigator(&w);
+        name->bind(&t, QStringLiteral("nume"));
+        number->bind(&t, QStringLiteral("numar"));
+        nav->setDataSet(&t);
+        using N = ui::DBNavigator;
+        QVERIFY(!name->isEnabled());
+        QVERIFY(!nav->button(N::Insert)->isEnabled());
+
+        t.open();
+        QVERIFY(name->isEnabled());
+        QCOMPARE(name->maxLength(), 5);
+        QVERIFY(nav->button(N::Insert)->isEnabled());
+        QVERIFY(!nav->button(N::Post)->isEnabled());
+        QVERIFY(!nav->button(N::First)->isEnabled());
+
+        // Typing into an empty table starts a row; digits only in the number.
+        QTest::keyClicks(name, QStringLiteral("abcdefg"));
+        QTest::keyClicks(number, QStringLiteral("4x2"));
+        QVERIFY(t.isEditing());
+        QVERIFY(nav->button(N::Post)->isEnabled());
+        QCOMPARE(t.fieldValue(QStringLiteral("nume")).toString(), QStringLiteral("abcde"));
+        QCOMPARE(t.fieldValue(QStringLiteral("numar")).toInt(), 42);
+        QTest::mouseClick(nav->button(N::Post), Qt::LeftButton);
+        QCOMPARE(t.rowCount(), 1);
+        QVERIFY(!t.isEditing());
+
+        // A second row with an emptied number stays null.
+        QTest::mouseClick(nav->button(N::Insert), Qt::LeftButton);
+        QVERIFY(name->text().isEmpty());
+        QTest::keyClicks(name, QStringLiteral("b"));
+        QTest::keyClicks(number, QStringLiteral("7"));
+        QTest::keyClick(number, Qt::Key_Backspace);
+        nav->click(N::Post);
+        QCOMPARE(t.rowCount(), 2);
+        QVERIFY(!t.fieldValue(QStringLiteral("numar")).isValid());
+
+        // Moving shows the row; the ends disable their buttons.
+        nav->click(N::First);
+        QCOMPARE(name->text(), QStringLiteral("abcde"));
+        QCOMPARE(number->text(), QStringLiteral("42"));
+        QVERIFY(!nav->button(N::Prior)->isEnabled());
+        QVERIFY(nav->button(N::Last)->isEnabled());
+        nav->click(N::Next);
+        QCOMPARE(name->text(), QStringLiteral("b"));
+        QVERIFY(!nav->button(N::Next)->isEnabled());
+
+        // Edit then cancel restores the shown value.
+        QTest::keyClicks(name, QStringLiteral("zz"));
+        nav->click(N::Cancel);
+        QCOMPARE(name->text(), QStringLiteral("b"));
+
+        // Buttons hidden or disallowed one by one.
+        nav->setButtonVisible(N::Post, false);
+        QVERIFY(nav->button(N::Post)->isHidden());
+        nav->setButtonAllowed(N::Delete, false);
+        QVERIFY(!nav->button(N::Delete)->isEnabled());
+        nav->click(N::Delete);
+        QCOMPARE(t.rowCount(), 2);
+        nav->setButtonAllowed(N::Delete, true);
+        nav->click(N::Delete);
+        QCOMPARE(t.rowCount(), 1);
+
+        // A refused post is reported and the edit stays.
+        t.beforePost = [](db::DataSet &) { throw QuarvError(QStringLiteral("refuzat")); };
+        QTest::keyClicks(name, QStringLiteral("q"));
+        nav->click(N::Post);
+        QCOMPARE(msg.errors, QStringList{"refuzat"});
+        QVERIFY(t.isEditing());
+
+        t.close();
+        QVERIFY(!name->isEnabled());
+        QVERIFY(name->text().isEmpty());
+    }
+};
+
+QTEST_MAIN(TestUiServices)
+#include "tst_uiservices.moc"
