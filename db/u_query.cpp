@@ -488,7 +488,7 @@ void Query::mapFields()
 QString Query::whereClause(const QVariantList &values, std::vector<pg::Param> *params) const
 {
     QStringList terms;
-    auto bind = [&](int f) {
+    auto bind = [&](int f) -> QString {
         params->push_back(pg::encodeAs(values.value(f), fieldDef(f).type));
         return u'$' + QString::number(params->size());
     };
