@@ -1,0 +1,227 @@
+#pragma once
+// Internals of GridModel shared with the layout store and the exporters of
+// this folder. Not for use outside ui/core.
+
+#include "ui/core/u_gridmodel.h"
+
+#include <QByteArrayView>
+#include <QCollator>
+#include <QSet>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <unordered_map>
+
+namespace ui {
+
+// Distinct values of one text field: an id per row (-1 for null), the
+// distinct values (views into the column's own bytes), their collation rank
+// and, for filtering, their folded form. Built once per data load and field.
+struct TextDict {
+    std::vector<qint32> ids;
+    std::vector<QByteArrayView> values;
+    std::vector<qint32> rank;          // per id; empty until ranked
+    QByteArray foldHeap;               // folded values, back to back
+    std::vector<quint32> foldOffsets;  // values.size() + 1 when folded
+};
+
+enum class FilterOp : std::uint8_t { None, NoMatch, Contains, Eq, Ne, Lt, Le, Gt, Ge, IsTrue, IsFalse, Invalid };
+
+struct CompiledFilter {
+    FilterOp op = FilterOp::None;
+    QByteArray needle;      // folded UTF-8 (Contains)
+    double number = 0;      // number operand
+    qint64 day = 0;         // date operand (Julian day)
+    bool isDate = false;
+};
+
+struct ColState {
+    GridColumn c;
+    int field = -1;
+    ColumnKind kind = ColumnKind::Missing;
+    db::FieldType type = db::FieldType::Text;
+    NumberFormat numFmt;
+    CompiledFilter filter;
+};
+
+struct Agg {
+    double sum = 0, comp = 0;
+    qint64 count = 0;
+    double min = std::numeric_limits<double>::infinity();
+    double max = -std::numeric_limits<double>::infinity();
+    void addSum(double v)
+    {
+        const double t = sum + v;
+        if (std::abs(sum) >= std::abs(v))
+            comp += (sum - t) + v;
+        else
+            comp += (v - t) + sum;
+        sum = t;
+    }
+    void add(double v)
+    {
+        addSum(v);
+        ++count;
+        if (v < min)
+            min = v;
+        if (v > max)
+            max = v;
+    }
+    void merge(const Agg &o)
+    {
+        if (!o.count)
+            return;
+        addSum(o.sum);
+        addSum(o.comp);
+        count += o.count;
+        min = std::min(min, o.min);
+        max = std::max(max, o.max);
+    }
+    double total() const { return sum + comp; }
+};
+
+struct Node {
+    qint32 parent = -1;
+    qint32 level = 0;
+    qint32 first = 0;      // first record position
+    qint32 count = 0;      // records
+    qint32 end = 0;        // preorder index after the subtree
+    qint32 keyRow = 0;     // a dataset row holding the key
+    bool expanded = false;
+};
+
+struct DRow {
+    qint32 rec;            // Data: record position; Group: node.first; GroupFooter: node end record
+    qint32 node;           // Group/GroupFooter: node index; Data: -1
+    RowKind kind;
+};
+
+struct GridModel::Impl {
+    enum Flag : unsigned { FData = 1, FOrder = 2, FFilter = 4, FGroups = 8, FSums = 16, FDisplay = 32 };
+
+    GridModel *q = nullptr;
+    QPointer<db::DataSet> ds;
+    QList<QMetaObject::Connection> conns;
+    QLocale locale;
+    bool sync = true;
+    bool syncGuard = false;
+    bool groupByBox = true, footer = true, filterRow = true, groupFooters = true, indicator = true;
+
+    std::vector<ColState> cols;
+    QList<GridSummary> footerSums, groupSums;
+    QList<FilterCondition> conds;
+    bool progActive = false;
+
+    int batch = 0;
+    unsigned pending = 0;
+
+    // caches of the loaded data
+    std::unordered_map<int, std::unique_ptr<TextDict>> dicts; // by field
+    std::vector<qint32> sortedAll;
+    std::vector<quint8> pass;       // empty: every row passes
+    std::vector<qint32> records;    // dataset rows passing, in display order (all expanded)
+    std::vector<qint32> recPos;     // dataset row -> record position, -1 when filtered out
+    std::vector<int> groupCols;     // column indexes by level
+    std::vector<Node> nodes;        // preorder
+    std::vector<int> aggFields;     // fields with group aggregates
+    std::vector<Agg> nodeAggs;      // nodes.size() * aggFields.size()
+    std::vector<Agg> footerAggs;    // per footer summary
+    std::vector<DRow> drows;
+    bool allExpanded = false;
+    QSet<QString> expandedPaths;
+    qsizetype focus = -1;
+
+    // --- helpers
+    qsizetype n() const { return ds ? ds->rowCount() : 0; }
+    const db::Column &column(int field) const { return ds->column(field); }
+    void resolve(ColState &cs) const;
+    void resolveAll();
+    TextDict &dict(int field);
+    void rankDict(TextDict &d);
+    void foldDict(TextDict &d);
+    qint64 sortKey(const ColState &cs, qint32 row);
+    qint64 groupKey(const ColState &cs, qint32 row);
+    void compileFilter(ColState &cs);
+
+    void run(unsigned flags);
+    void computeOrder();
+    void computePass();
+    void computeRecords();
+    void captureExpanded();
+    QString nodeKeyText(const Node &nd) const;
+    void buildNodes();
+    void computeSums();
+    void buildDisplay();
+    qsizetype locateRecord(qint32 rec) const;
+    void expandPathTo(qint32 rec);
+    void setFocusInternal(qsizetype row, bool syncDataSet);
+
+    // values and texts
+    QVariant value(qint32 row, const ColState &cs) const;
+    QString text(qint32 row, const ColState &cs, bool exportBools) const;
+    void appendUtf8(QByteArray &out, qint32 row, const ColState &cs) const; // export form
+    QVariant summaryValue(const GridSummary &s, const Agg *a) const;
+    QString summaryText(const GridSummary &s, const QVariant &v) const;
+    const Agg *nodeAgg(qint32 node, const GridSummary &s) const;
+    const ColState *colForField(const QString &field) const;
+    int fieldOf(const QString &name) const { return ds ? ds->fieldIndex(name) : -1; }
+
+    void renumberSort();
+    void renumberGroups();
+    void onDataReset();
+    void onCurrentRowChanged(qsizetype row);
+};
+
+// What the layout store and the exporters need beyond the public API.
+struct GridModelAccess {
+    static GridModel::Impl &impl(const GridModel &m) { return *m.d; }
+    static void beginBatch(GridModel &m) { ++m.d->batch; }
+    static void endBatch(GridModel &m)
+    {
+        if (--m.d->batch == 0 && m.d->pending)
+            m.d->run(0);
+    }
+};
+
+// Export rows: the rows that pass the filter with every group expanded.
+// Calls fn(kind, recordOrNode): Data -> record position, Group/GroupFooter -> node.
+template <typename Fn>
+void forEachExportRow(const GridModel::Impl &d, bool withGroupFooters, Fn &&fn)
+{
+    if (d.groupCols.empty()) {
+        for (qint32 p = 0; p < qint32(d.records.size()); ++p)
+            fn(RowKind::Data, p);
+        return;
+    }
+    const int leafLevel = int(d.groupCols.size()) - 1;
+    // iterative preorder with a stack of open nodes, to write footers after subtrees
+    std::vector<qint32> open;
+    for (qint32 i = 0; i < qint32(d.nodes.size()); ++i) {
+        const Node &nd = d.nodes[size_t(i)];
+        while (!open.empty() && d.nodes[size_t(open.back())].end <= i) {
+            if (withGroupFooters)
+                fn(RowKind::GroupFooter, open.back());
+            open.pop_back();
+        }
+        fn(RowKind::Group, i);
+        if (nd.level == leafLevel) {
+            for (qint32 p = nd.first; p < nd.first + nd.count; ++p)
+                fn(RowKind::Data, p);
+            if (withGroupFooters)
+                fn(RowKind::GroupFooter, i);
+        } else {
+            open.push_back(i);
+        }
+    }
+    while (!open.empty()) {
+        if (withGroupFooters)
+            fn(RowKind::GroupFooter, open.back());
+        open.pop_back();
+    }
+}
+
+// Folds text for the filter: lower case, cedilla forms of s/t as comma-below.
+QString foldText(const QString &s);
+
+} // namespace ui
