@@ -249,8 +249,10 @@ signals:
     void focusChanged(qsizetype displayRow);
     void optionsChanged();       // view options
 
+public:
+    struct Impl; // internals, for the layout store and the exporters of ui/core only
+
 private:
-    struct Impl;
     std::unique_ptr<Impl> d;
     friend class GridExporter;
     friend struct GridModelAccess;
