@@ -3,6 +3,7 @@
 
 
 #include <cstring>
+#include <stdexcept>
 
 namespace db {
 
@@ -32,7 +33,22 @@ bool isTextual(FieldType t)
     return t == FieldType::String || t == FieldType::Text;
 }
 
-Column::Column(FieldType type) : m_type(type) {}
+Column::Column(FieldType type) : m_type(type)
+{
+    switch (type) {
+    case FieldType::Float: m_store = Store::Doubles; break;
+    case FieldType::Int32:
+    case FieldType::Bool:
+    case FieldType::Date: m_store = Store::Int32s; break;
+    case FieldType::Int64:
+    case FieldType::DateTime: m_store = Store::Int64s; break;
+    case FieldType::String:
+    case FieldType::Text:
+    case FieldType::Bytes: m_store = Store::Text; break;
+    }
+    // Blobs hardly ever repeat.
+    m_lookup = type != FieldType::Bytes;
+}
 
 QString Column::asString(qsizetype row) const
 {
@@ -100,77 +116,181 @@ QVariant Column::value(qsizetype row) const
 
 void Column::reserve(qsizetype rows)
 {
-    m_nulls.reserve(size_t(rows));
-    if (usesDoubles())
-        m_doubles.reserve(size_t(rows));
-    else if (usesSpans())
-        m_spans.reserve(size_t(rows));
-    else
-        m_ints.reserve(size_t(rows));
+    const size_t n = size_t(rows);
+    m_nulls.reserve((n + 63) / 64);
+    switch (m_store) {
+    case Store::Doubles: m_doubles.reserve(n); break;
+    case Store::Int32s: m_i32.reserve(n); break;
+    case Store::Int64s: m_i64.reserve(n); break;
+    case Store::Text: m_codes.reserve(n); break;
+    }
 }
 
 void Column::clear()
 {
+    m_rows = 0;
     m_nulls.clear();
     m_doubles.clear();
-    m_ints.clear();
-    m_spans.clear();
-    m_heap.clear();
-    m_nulls.shrink_to_fit();
-    m_doubles.shrink_to_fit();
-    m_ints.shrink_to_fit();
-    m_spans.shrink_to_fit();
+    m_i32.clear();
+    m_i64.clear();
+    m_codes.clear();
+    m_offsets.clear();
+    m_pool.clear();
+    m_hash.clear();
+    m_lookup = m_type != FieldType::Bytes;
+}
+
+void Column::pushNullBit(bool null)
+{
+    if ((m_rows & 63) == 0)
+        m_nulls.push_back(0);
+    if (null)
+        m_nulls[m_rows >> 6] |= quint64(1) << (m_rows & 63);
+    ++m_rows;
+}
+
+void Column::setNullBit(size_t row, bool null) noexcept
+{
+    const quint64 bit = quint64(1) << (row & 63);
+    if (null)
+        m_nulls[row >> 6] |= bit;
+    else
+        m_nulls[row >> 6] &= ~bit;
 }
 
 void Column::appendNull()
 {
-    m_nulls.push_back(1);
-    if (usesDoubles())
-        m_doubles.push_back(0.0);
-    else if (usesSpans())
-        m_spans.push_back({0, 0});
-    else
-        m_ints.push_back(0);
+    pushNullBit(true);
+    switch (m_store) {
+    case Store::Doubles: m_doubles.push_back(0.0); break;
+    case Store::Int32s: m_i32.push_back(0); break;
+    case Store::Int64s: m_i64.push_back(0); break;
+    case Store::Text:
+        if (m_offsets.size() == 0)
+            addEntry(nullptr, 0);
+        m_codes.push_back(0);
+        break;
+    }
 }
 
 void Column::appendDouble(double v)
 {
-    m_nulls.push_back(0);
-    if (usesDoubles())
-        m_doubles.push_back(v);
-    else if (usesSpans())
-        m_spans.push_back({0, 0});
-    else
-        m_ints.push_back(qint64(v));
+    switch (m_store) {
+    case Store::Doubles: pushNullBit(false); m_doubles.push_back(v); break;
+    case Store::Int32s: pushNullBit(false); m_i32.push_back(qint32(v)); break;
+    case Store::Int64s: pushNullBit(false); m_i64.push_back(qint64(v)); break;
+    case Store::Text: appendNull(); break;
+    }
 }
 
 void Column::appendInt64(qint64 v)
 {
-    m_nulls.push_back(0);
-    if (usesDoubles())
-        m_doubles.push_back(double(v));
-    else if (usesSpans())
-        m_spans.push_back({0, 0});
-    else
-        m_ints.push_back(v);
+    switch (m_store) {
+    case Store::Doubles: pushNullBit(false); m_doubles.push_back(double(v)); break;
+    case Store::Int32s: pushNullBit(false); m_i32.push_back(qint32(v)); break;
+    case Store::Int64s: pushNullBit(false); m_i64.push_back(v); break;
+    case Store::Text: appendNull(); break;
+    }
 }
 
-void Column::storeBytes(size_t row, const char *data, qsizetype len)
+namespace {
+
+inline quint64 hashBytes(const char *p, size_t n) noexcept
 {
-    const auto offset = quint32(m_heap.size());
-    m_heap.append(data, len);
-    m_spans[row] = {offset, quint32(len)};
+    quint64 h = 0x9E3779B97F4A7C15ull ^ (n * 0xff51afd7ed558ccdull);
+    while (n >= 8) {
+        quint64 w;
+        std::memcpy(&w, p, 8);
+        h = (h ^ w) * 0xff51afd7ed558ccdull;
+        h ^= h >> 32;
+        p += 8;
+        n -= 8;
+    }
+    quint64 w = 0;
+    std::memcpy(&w, p, n);
+    h = (h ^ w) * 0xc4ceb9fe1a85ec53ull;
+    h ^= h >> 29;
+    return h;
+}
+
+} // namespace
+
+quint32 Column::addEntry(const char *data, size_t len)
+{
+    if (m_offsets.size() == 0)
+        m_offsets.push_back(0);
+    if (m_offsets.size() > 0xFFFFFFF0u)
+        throw std::length_error("column pool full");
+    if (len)
+        std::memcpy(m_pool.extend(len), data, len);
+    m_offsets.push_back(m_pool.size());
+    return quint32(m_offsets.size() - 2);
+}
+
+void Column::rehash(size_t size)
+{
+    m_hash.clear();
+    m_hash.resize(size, 0);
+    const size_t mask = size - 1;
+    const size_t entries = m_offsets.size() - 1;
+    for (size_t e = 1; e < entries; ++e) {
+        const quint64 h = hashBytes(m_pool.data() + m_offsets[e], m_offsets[e + 1] - m_offsets[e]);
+        size_t i = h & mask;
+        while (m_hash[i])
+            i = (i + 1) & mask;
+        m_hash[i] = (h & 0xFFFFFFFF00000000ull) | e;
+    }
+}
+
+quint32 Column::intern(const char *data, size_t len)
+{
+    if (m_offsets.size() == 0)
+        addEntry(nullptr, 0); // entry 0: the empty value, also under nulls
+    if (len == 0)
+        return 0;
+    if (!m_lookup)
+        return addEntry(data, len);
+    const size_t entries = m_offsets.size() - 1;
+    if (m_hash.size() < (entries + 1) * 2)
+        rehash(m_hash.size() < 1024 ? 1024 : m_hash.size() * 2);
+    const quint64 h = hashBytes(data, len);
+    const quint64 tag = h & 0xFFFFFFFF00000000ull;
+    const size_t mask = m_hash.size() - 1;
+    size_t i = h & mask;
+    while (const quint64 slot = m_hash[i]) {
+        if ((slot & 0xFFFFFFFF00000000ull) == tag) {
+            const size_t e = size_t(slot & 0xFFFFFFFFu);
+            const quint64 a = m_offsets[e];
+            if (m_offsets[e + 1] - a == len && std::memcmp(m_pool.data() + a, data, len) == 0)
+                return quint32(e);
+        }
+        i = (i + 1) & mask;
+    }
+    const quint32 e = addEntry(data, len);
+    m_hash[i] = tag | e;
+    return e;
+}
+
+// A column whose values hardly repeat stops paying for the look-up.
+void Column::reviewLookup()
+{
+    if (!m_lookup || m_rows < 8192 || (m_rows & 8191) != 0)
+        return;
+    if (m_offsets.size() * 4 > m_rows * 3) {
+        m_lookup = false;
+        m_hash.clear();
+    }
 }
 
 void Column::appendBytes(const char *data, qsizetype len)
 {
-    if (!usesSpans()) {
+    if (!usesText()) {
         append(QVariant(QString::fromUtf8(data, len)));
         return;
     }
-    m_nulls.push_back(0);
-    m_spans.push_back({0, 0});
-    storeBytes(m_spans.size() - 1, data, len);
+    m_codes.push_back(intern(data, size_t(len)));
+    pushNullBit(false);
+    reviewLookup();
 }
 
 namespace {
@@ -250,53 +370,76 @@ void Column::set(qsizetype row, const QVariant &v)
     qint64 i = 0;
     QByteArray b;
     const size_t r = size_t(row);
-    if (!toStored(m_type, v, &d, &i, &b)) {
-        m_nulls[r] = 1;
-        if (usesDoubles())
-            m_doubles[r] = 0;
-        else if (usesSpans())
-            m_spans[r] = {0, 0};
-        else
-            m_ints[r] = 0;
-        return;
+    const bool ok = toStored(m_type, v, &d, &i, &b);
+    setNullBit(r, !ok);
+    switch (m_store) {
+    case Store::Doubles: m_doubles[r] = ok ? d : 0.0; break;
+    case Store::Int32s: m_i32[r] = ok ? qint32(i) : 0; break;
+    case Store::Int64s: m_i64[r] = ok ? i : 0; break;
+    case Store::Text: m_codes[r] = ok ? intern(b.constData(), size_t(b.size())) : 0; break;
     }
-    m_nulls[r] = 0;
-    if (usesDoubles())
-        m_doubles[r] = d;
-    else if (usesSpans())
-        storeBytes(r, b.constData(), b.size());
-    else
-        m_ints[r] = i;
 }
 
 void Column::insertNull(qsizetype row)
 {
-    const size_t r = size_t(row);
-    m_nulls.insert(m_nulls.begin() + qsizetype(r), 1);
-    if (usesDoubles())
-        m_doubles.insert(m_doubles.begin() + qsizetype(r), 0.0);
-    else if (usesSpans())
-        m_spans.insert(m_spans.begin() + qsizetype(r), Span{0, 0});
-    else
-        m_ints.insert(m_ints.begin() + qsizetype(r), 0);
+    const size_t at = size_t(row);
+    // Shift the null bits above the row up by one.
+    pushNullBit(false);
+    for (size_t w = (m_rows - 1) >> 6; w > (at >> 6); --w)
+        m_nulls[w] = (m_nulls[w] << 1) | (m_nulls[w - 1] >> 63);
+    {
+        const size_t w = at >> 6;
+        const unsigned b = unsigned(at & 63);
+        const quint64 low = b ? (m_nulls[w] & ((quint64(1) << b) - 1)) : 0;
+        const quint64 high = b ? (m_nulls[w] & ~((quint64(1) << b) - 1)) : m_nulls[w];
+        m_nulls[w] = low | (high << 1) | (quint64(1) << b);
+    }
+    switch (m_store) {
+    case Store::Doubles: m_doubles.insert(at, 0.0); break;
+    case Store::Int32s: m_i32.insert(at, 0); break;
+    case Store::Int64s: m_i64.insert(at, 0); break;
+    case Store::Text:
+        if (m_offsets.size() == 0)
+            addEntry(nullptr, 0);
+        m_codes.insert(at, 0);
+        break;
+    }
 }
 
 void Column::removeAt(qsizetype row)
 {
-    m_nulls.erase(m_nulls.begin() + row);
-    if (usesDoubles())
-        m_doubles.erase(m_doubles.begin() + row);
-    else if (usesSpans())
-        m_spans.erase(m_spans.begin() + row);
-    else
-        m_ints.erase(m_ints.begin() + row);
+    const size_t at = size_t(row);
+    const size_t last = (m_rows - 1) >> 6;
+    {
+        const size_t w = at >> 6;
+        const unsigned b = unsigned(at & 63);
+        const quint64 low = b ? (m_nulls[w] & ((quint64(1) << b) - 1)) : 0;
+        const quint64 high = b == 63 ? 0 : (m_nulls[w] >> (b + 1)) << b;
+        m_nulls[w] = low | high;
+        if (w < last)
+            m_nulls[w] |= m_nulls[w + 1] << 63;
+        for (size_t k = w + 1; k <= last; ++k) {
+            m_nulls[k] >>= 1;
+            if (k < last)
+                m_nulls[k] |= m_nulls[k + 1] << 63;
+        }
+    }
+    --m_rows;
+    if ((m_rows & 63) == 0)
+        m_nulls.resize(m_rows >> 6);
+    switch (m_store) {
+    case Store::Doubles: m_doubles.erase(at); break;
+    case Store::Int32s: m_i32.erase(at); break;
+    case Store::Int64s: m_i64.erase(at); break;
+    case Store::Text: m_codes.erase(at); break;
+    }
 }
 
 qsizetype Column::memoryUsage() const
 {
-    return qsizetype(m_nulls.capacity() + m_doubles.capacity() * sizeof(double)
-                     + m_ints.capacity() * sizeof(qint64) + m_spans.capacity() * sizeof(Span))
-         + m_heap.capacity();
+    return qsizetype(m_nulls.capacity() * 8 + m_doubles.capacity() * 8 + m_i32.capacity() * 4
+                     + m_i64.capacity() * 8 + m_codes.capacity() * 4 + m_offsets.capacity() * 8
+                     + m_pool.capacity() + m_hash.capacity() * 8);
 }
 
 } // namespace db

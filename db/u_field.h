@@ -10,6 +10,9 @@
 #include <QVariant>
 
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <new>
 #include <vector>
 
 namespace db {
@@ -39,8 +42,103 @@ struct FieldDef {
     unsigned pgType = 0;   // server type OID, 0 for fields not from a query
 };
 
-// Values of one field for all rows. Fixed-width values sit in one vector per
-// type, text and bytes in one byte buffer with (offset, length) per row.
+// A growable array of plain values. It grows in place through realloc, which
+// for large blocks remaps pages instead of copying them, so a column that
+// grows to hundreds of megabytes never holds two copies of itself.
+template <typename T>
+class PodBuf {
+public:
+    PodBuf() noexcept = default;
+    PodBuf(const PodBuf &o) { assign(o); }
+    PodBuf(PodBuf &&o) noexcept : m_p(o.m_p), m_n(o.m_n), m_cap(o.m_cap) { o.m_p = nullptr; o.m_n = o.m_cap = 0; }
+    PodBuf &operator=(const PodBuf &o) { if (this != &o) assign(o); return *this; }
+    PodBuf &operator=(PodBuf &&o) noexcept
+    {
+        if (this != &o) {
+            std::free(m_p);
+            m_p = o.m_p; m_n = o.m_n; m_cap = o.m_cap;
+            o.m_p = nullptr; o.m_n = o.m_cap = 0;
+        }
+        return *this;
+    }
+    ~PodBuf() { std::free(m_p); }
+
+    size_t size() const noexcept { return m_n; }
+    size_t capacity() const noexcept { return m_cap; }
+    T *data() noexcept { return m_p; }
+    const T *data() const noexcept { return m_p; }
+    T &operator[](size_t i) noexcept { return m_p[i]; }
+    const T &operator[](size_t i) const noexcept { return m_p[i]; }
+
+    void push_back(T v)
+    {
+        if (m_n == m_cap)
+            grow(m_n + 1);
+        m_p[m_n++] = v;
+    }
+    // Room for n more values; returns where they go (the size grows by n).
+    T *extend(size_t n)
+    {
+        if (m_n + n > m_cap)
+            grow(m_n + n);
+        T *at = m_p + m_n;
+        m_n += n;
+        return at;
+    }
+    void reserve(size_t n) { if (n > m_cap) setCapacity(n); }
+    void resize(size_t n, T fill = T())
+    {
+        reserve(n);
+        for (size_t i = m_n; i < n; ++i)
+            m_p[i] = fill;
+        m_n = n;
+    }
+    void insert(size_t at, T v)
+    {
+        push_back(v);
+        std::memmove(m_p + at + 1, m_p + at, (m_n - 1 - at) * sizeof(T));
+        m_p[at] = v;
+    }
+    void erase(size_t at)
+    {
+        std::memmove(m_p + at, m_p + at + 1, (m_n - at - 1) * sizeof(T));
+        --m_n;
+    }
+    void clear() noexcept { std::free(m_p); m_p = nullptr; m_n = m_cap = 0; }
+
+private:
+    void grow(size_t need)
+    {
+        size_t cap = m_cap < 64 ? 64 : m_cap + m_cap / 2;
+        setCapacity(cap < need ? need : cap);
+    }
+    void setCapacity(size_t cap)
+    {
+        T *p = static_cast<T *>(std::realloc(m_p, cap * sizeof(T)));
+        if (!p)
+            throw std::bad_alloc();
+        m_p = p;
+        m_cap = cap;
+    }
+    void assign(const PodBuf &o)
+    {
+        clear();
+        if (o.m_n) {
+            setCapacity(o.m_n);
+            std::memcpy(m_p, o.m_p, o.m_n * sizeof(T));
+            m_n = o.m_n;
+        }
+    }
+    T *m_p = nullptr;
+    size_t m_n = 0;
+    size_t m_cap = 0;
+};
+
+// Values of one field for all rows, in compact typed storage: a null bitmap;
+// numbers in one array of their natural width; text and bytes as an entry
+// number per row into a pool of distinct values (repeated values such as
+// account codes and partner names are stored once, while a column whose
+// values are mostly distinct stops looking for repeats).
 // Dates are Julian day numbers, date-times milliseconds since 1970-01-01 of
 // the wall-clock time (no time zone shift).
 class Column {
@@ -48,8 +146,8 @@ public:
     explicit Column(FieldType type = FieldType::Text);
 
     FieldType type() const noexcept { return m_type; }
-    qsizetype size() const noexcept { return qsizetype(m_nulls.size()); }
-    bool isNull(qsizetype row) const noexcept { return m_nulls[size_t(row)] != 0; }
+    qsizetype size() const noexcept { return qsizetype(m_rows); }
+    bool isNull(qsizetype row) const noexcept { return (m_nulls[size_t(row) >> 6] >> (size_t(row) & 63)) & 1; }
 
     // Raw typed reads; the value of a null cell is 0 / empty.
     double asDouble(qsizetype row) const noexcept;   // Float, Int32, Int64, Bool
@@ -63,6 +161,12 @@ public:
     // Typed QVariant (QString, QDate, QDateTime, double, int, qlonglong, bool,
     // QByteArray), or an invalid QVariant for null.
     QVariant value(qsizetype row) const;
+
+    // Text and bytes: the number of the row's value in the pool of distinct
+    // values (equal numbers mean equal values; unequal numbers may still hold
+    // equal values once the column stopped looking for repeats). 0 for null
+    // and empty.
+    quint32 textId(qsizetype row) const noexcept { return usesText() ? m_codes[size_t(row)] : 0; }
 
     void reserve(qsizetype rows);
     void clear();
@@ -79,45 +183,58 @@ public:
     qsizetype memoryUsage() const;
 
 private:
-    struct Span { quint32 offset; quint32 length; };
+    enum class Store : std::uint8_t { Doubles, Int32s, Int64s, Text };
     FieldType m_type;
-    std::vector<quint8> m_nulls;
-    std::vector<double> m_doubles;   // Float
-    std::vector<qint64> m_ints;      // Int32, Int64, Bool, Date, DateTime
-    std::vector<Span> m_spans;       // String, Text, Bytes
-    QByteArray m_heap;               // their bytes
+    Store m_store;
+    size_t m_rows = 0;
+    PodBuf<quint64> m_nulls;    // bit per row, 1 = null
+    PodBuf<double> m_doubles;   // Float
+    PodBuf<qint32> m_i32;       // Int32, Bool, Date
+    PodBuf<qint64> m_i64;       // Int64, DateTime
+    PodBuf<quint32> m_codes;    // Text: entry per row
+    PodBuf<quint64> m_offsets;  // Text: entry i spans [m_offsets[i], m_offsets[i + 1]) of m_pool
+    PodBuf<char> m_pool;        // Text: the bytes of the entries
+    PodBuf<quint64> m_hash;     // Text: open-addressing table (hash high bits << 32 | entry), 0 = free
+    bool m_lookup = true;       // still looking for repeated values
 
-    bool usesDoubles() const noexcept { return m_type == FieldType::Float; }
-    bool usesSpans() const noexcept {
-        return m_type == FieldType::String || m_type == FieldType::Text || m_type == FieldType::Bytes;
-    }
-    void storeBytes(size_t row, const char *data, qsizetype len);
+    bool usesText() const noexcept { return m_store == Store::Text; }
+    void pushNullBit(bool null);
+    void setNullBit(size_t row, bool null) noexcept;
+    quint32 intern(const char *data, size_t len);
+    quint32 addEntry(const char *data, size_t len);
+    void rehash(size_t size);
+    void reviewLookup();
 };
 
 inline double Column::asDouble(qsizetype row) const noexcept
 {
-    if (m_type == FieldType::Float)
-        return m_doubles[size_t(row)];
-    if (usesSpans())
-        return 0.0;
-    return double(m_ints[size_t(row)]);
+    switch (m_store) {
+    case Store::Doubles: return m_doubles[size_t(row)];
+    case Store::Int32s: return double(m_i32[size_t(row)]);
+    case Store::Int64s: return double(m_i64[size_t(row)]);
+    case Store::Text: break;
+    }
+    return 0.0;
 }
 
 inline qint64 Column::asInt64(qsizetype row) const noexcept
 {
-    if (m_type == FieldType::Float)
-        return qint64(m_doubles[size_t(row)]);
-    if (usesSpans())
-        return 0;
-    return m_ints[size_t(row)];
+    switch (m_store) {
+    case Store::Doubles: return qint64(m_doubles[size_t(row)]);
+    case Store::Int32s: return m_i32[size_t(row)];
+    case Store::Int64s: return m_i64[size_t(row)];
+    case Store::Text: break;
+    }
+    return 0;
 }
 
 inline QByteArrayView Column::bytes(qsizetype row) const noexcept
 {
-    if (!usesSpans())
+    if (!usesText())
         return {};
-    const Span &s = m_spans[size_t(row)];
-    return QByteArrayView(m_heap.constData() + s.offset, s.length);
+    const quint32 e = m_codes[size_t(row)];
+    const quint64 a = m_offsets[e];
+    return QByteArrayView(m_pool.data() + a, qsizetype(m_offsets[e + 1] - a));
 }
 
 } // namespace db
