@@ -309,6 +309,8 @@ create table reg_jurnal (
 );
 
 create index doc_contare_data_contare on doc_contare (data_contare);
+-- The register analysis takes the smallest journal of every document.
+create index doc_contare_jurnal on doc_contare (data_doc, tip_doc, nr_doc, jurnal);
 create index reg_jurnal_data on reg_jurnal (data_reg_jurnal);
 create index reg_jurnal_doc on reg_jurnal (data_doc, tip_doc, nr_doc);
 create index reg_jurnal_db on reg_jurnal (conts_db, conta_db, data_reg_jurnal);

@@ -1,0 +1,494 @@
+// The demo books: the generator loads, the register balances, balances
+// carry from one period to the next through the views, the views have the
+// columns the analyses read, and the analyses' SQL runs on them.
+
+#include "db/u_error.h"
+#include "tests/support/u_pgtestserver.h"
+
+#include <QFile>
+#include <QtTest>
+
+namespace {
+
+// The analyses' statements exactly as the forms send them.
+const char *const kFisaContAnalitic = R"SQL(select d.*,
+
+       case when sold_db_incremental is null
+       then sold_cr_incremental
+       else sold_db_incremental
+       end as sold_final,
+
+       case when sold_db_incremental is null
+       then 'CR'
+       else 'DB'
+       end as tip_sold_final,
+
+       case when sold_db_lei_incremental is null
+       then sold_cr_lei_incremental
+       else sold_db_lei_incremental
+       end as sold_final_lei,
+       
+       doc.partener,
+       doc.emitent
+from
+(
+select conts,
+       conta,
+       moneda,
+       data_doc,
+       tip_doc,
+       nr_doc,
+       valoare_db,
+       valoare_cr,
+       curs,
+       valoare_db_lei,
+       valoare_cr_lei,
+       conts_coresp,
+       conta_coresp,
+       explicatie,
+       sold_db,
+       sold_cr,
+       sold_db_lei,
+       sold_cr_lei,
+       case when sold_incremental >= 0 then  sold_incremental else cast(null as double precision) end as sold_db_incremental,
+       case when sold_incremental < 0  then -sold_incremental else cast(null as double precision) end as sold_cr_incremental,
+       case when sold_lei_incremental >= 0 then  sold_lei_incremental else cast(null as double precision) end as sold_db_lei_incremental,
+       case when sold_lei_incremental < 0  then -sold_lei_incremental else cast(null as double precision) end as sold_cr_lei_incremental,
+       rulaj_db_incremental,
+       rulaj_cr_incremental,
+       rulaj_db_lei_incremental,
+       rulaj_cr_lei_incremental,
+
+       data_incep,
+       data_sf,
+       nr_crt
+from
+(
+select *,
+       cast(cast(sum(coalesce(sold_db, 0) - coalesce(sold_cr, 0) + coalesce(valoare_db, 0) - coalesce(valoare_cr, 0)) over w as numeric(24, 4)) as double precision) as sold_incremental,
+       cast(cast(sum(coalesce(sold_db_lei, 0) - coalesce(sold_cr_lei, 0) + coalesce(valoare_db_lei, 0) - coalesce(valoare_cr_lei, 0)) over w as numeric(24, 4)) as double precision) as sold_lei_incremental,
+       cast(cast(sum(                                              coalesce(valoare_db, 0))                           over w as numeric(24, 4)) as double precision) as rulaj_db_incremental,
+       cast(cast(sum(                                              coalesce(valoare_cr, 0))                           over w as numeric(24, 4)) as double precision) as rulaj_cr_incremental,
+       cast(cast(sum(                                              coalesce(valoare_db_lei, 0))                       over w as numeric(24, 4)) as double precision) as rulaj_db_lei_incremental,
+       cast(cast(sum(                                              coalesce(valoare_cr_lei, 0))                       over w as numeric(24, 4)) as double precision) as rulaj_cr_lei_incremental
+from
+(
+select *,
+       row_number() over w as nr_crt
+from
+(
+select data_sf as data_reg_jurnal,
+       cast(null as date)        as data_doc,
+       cast(null as varchar(7))  as tip_doc,
+       cast('Sold Initial' as varchar(15)) as nr_doc,
+       conts,
+       conta,
+       moneda,
+       cast(null as double precision) as valoare_db,
+       cast(null as double precision) as valoare_cr,
+       cast(null as double precision) as curs,
+       cast(null as double precision) as valoare_db_lei,
+       cast(null as double precision) as valoare_cr_lei,
+       cast('DB' as varchar(2))   as dbcr,
+       cast(null as varchar(7))   as conts_coresp,
+       cast(null as varchar(25))  as conta_coresp,
+       cast(null as varchar(100)) as explicatie,
+       data_incep,
+       data_sf,
+       sold_db,
+       sold_cr,
+       sold_db_lei,
+       sold_cr_lei
+from view_conta_sold_per_incep
+
+union all
+
+select data_reg_jurnal,
+       data_doc,
+       tip_doc,
+       nr_doc,
+       conts,
+       conta,
+       moneda,
+       valoare_db,
+       valoare_cr,
+       curs,
+       valoare_db_lei,
+       valoare_cr_lei,
+       dbcr,
+       conts_coresp,
+       conta_coresp,
+       explicatie,
+       data_incep,
+       data_sf,
+       cast(null as double precision) as sold_db,
+       cast(null as double precision) as sold_cr,
+       cast(null as double precision) as sold_db_lei,
+       cast(null as double precision) as sold_cr_lei
+from view_contab_rulaj_reg_per
+
+) as a
+window w  as (order by conts,
+                       conta,
+                       data_doc nulls first,
+                       tip_doc,
+                       nr_doc
+             )
+) as b
+window w  as (partition by conts,
+                           conta
+                  order by conts,
+                           conta,
+                           nr_crt
+             )
+) as c
+) as d left outer join doc on d.data_doc = doc.data_doc
+                          and d.tip_doc  = doc.tip_doc
+                          and d.nr_doc   = doc.nr_doc
+where conts = :pConts
+--  and conta = :pConta
+order by conts,
+         conta,
+         data_doc nulls first,
+         tip_doc,
+         nr_doc,
+         nr_crt
+
+;
+)SQL";
+
+const char *const kAnalizaRegistruJurnal = R"SQL(select 
+      coalesce(data_nota_contabila ,reg_jurnal.data_doc) as data_inregistrare,
+         data_reg_jurnal,
+        reg_jurnal.data_doc,
+         reg_jurnal.tip_doc ,
+         reg_jurnal.nr_doc ,
+  conts_db ,
+  conta_db ,
+  moneda_db ,
+  val_mon_db ,
+  valoare_lei ,
+  conts_cr ,
+  conta_cr ,
+  moneda_cr ,
+  val_mon_cr ,
+  explicatie ,
+  reg_jurnal.com_int ,
+  reg_jurnal.eu_punct_lucru ,
+  reg_jurnal.eu_punct_lucru_coresp ,
+  doc.partener, 
+  doc.magazie_sursa,
+  coalesce(doc.jurnal,a.jurnal,tip_doc.jurnal) as jurnal,
+  coalesce(conta_lang.den_conta_lang,'') ||'='||coalesce(conta_lang1.den_conta_lang,'')||' '||reg_jurnal.tip_doc||' '||reg_jurnal.nr_doc||'/'||reg_jurnal.data_doc
+                            ||' '||coalesce(doc.partener,'') as traducere_engleza
+ from reg_jurnal
+left  join doc
+on reg_jurnal.data_doc   = doc.data_doc
+  and reg_jurnal.tip_doc = doc.tip_doc 
+  and reg_jurnal.nr_doc  = doc.nr_doc
+left join (select data_doc,tip_doc,nr_doc,min(jurnal) as jurnal from doc_contare group by data_doc,tip_doc,nr_doc) as a
+on reg_jurnal.data_doc   = a.data_doc
+  and reg_jurnal.tip_doc = a.tip_doc 
+  and reg_jurnal.nr_doc  = a.nr_doc
+left join tip_doc on reg_jurnal.tip_doc = tip_doc.tip_doc
+left join conta_lang on conts_db = conta_lang.conts 
+                    and conta_db = conta_lang.conta 
+                    and conta_lang.lang='engleza'
+left join conta_lang  as conta_lang1 on conts_cr = conta_lang1.conts 
+                                    and conta_cr = conta_lang1.conta 
+                                    and conta_lang1.lang='engleza'
+where data_reg_jurnal  between :pDataIncep and :pDataSf
+order by data_reg_jurnal,
+          data_inregistrare
+)SQL";
+
+// Expected columns of each view, in order; types as the analyses read them.
+struct ViewColumns {
+    const char *view;
+    const char *columns;
+};
+const ViewColumns kViews[] = {
+    {"view_conta_sold_per_incep",
+        "conts varchar(7), conta varchar(25), moneda varchar(3), data_incep date, data_sf date, sold_db float8,"
+        "sold_cr float8, sold_db_lei float8, sold_cr_lei float8"},
+    {"view_contab_rulaj_reg_per",
+        "data_reg_jurnal date, data_doc date, tip_doc varchar(7), nr_doc varchar(15), conts varchar(7),"
+        "conta varchar(25), moneda varchar(3), valoare_db float8, valoare_cr float8, curs float8,"
+        "valoare_db_lei float8, valoare_cr_lei float8, dbcr varchar(2), conts_coresp varchar(7),"
+        "conta_coresp varchar(25), explicatie varchar(100), data_incep date, data_sf date"},
+    {"view_contab_det",
+        "aplicatie text, jurnal text, explicatie text, conts text, conta text, conts_coresp text,"
+        "conta_coresp text, moneda text, moneda_coresp text, data_doc date, tip_doc varchar(7), nr_doc text,"
+        "scv int4, articol text, detaliu_articol text, partener text, valoare float8, valoare_lei float8,"
+        "valoare_coresp float8, imp_taxa varchar(50), activitate varchar(50), lot varchar(20),"
+        "magazie_sursa varchar(5), da_nu_contare bool, da_nu_in_postcalcul bool, com_int text, loc text,"
+        "gr_chelt_ven_postc text, nr_obiect varchar(20), casa varchar(50), banca_eu text, cont_banca_eu text,"
+        "deb_cred text, reprezentind text, eu_punct_lucru varchar(50), eu_punct_lucru_coresp varchar(50),"
+        "partener_punct_lucru text, eroare1 text, eroare2 text, eroare3 text, data_contare date,"
+        "eu_punct_lucru_procesare varchar(50), data_incep date, data_sf date"},
+    {"view_postc_rulaj_det",
+        "explicatie varchar(100), data_doc date, tip_doc varchar(7), nr_doc varchar(15), articol varchar(50),"
+        "detaliu_articol varchar(50), partener text, magazie_sursa varchar(5), nr_inv float8,"
+        "com_int varchar(25), loc varchar(25), data_inchid_comanda date, da_nu_in_postcalcul bool,"
+        "da_nu_regie bool, gr_chelt_ven_postc varchar(25), valoare_lei float8, valoare_lei_totala float8,"
+        "scv_det int4, scv int4, nr_obiect varchar(20), conts_gest varchar(7), conta_gest varchar(25),"
+        "conts text, conta text, chelt_ven varchar(15), cheltuieli_lei float8, venituri_lei float8,"
+        "profit_lei float8, ore float8, coef_ore float8, eroare varchar(7), cant float8,"
+        "activitate varchar(50), lot varchar(20), emitent_doc text, tara_destinatie text,"
+        "oras_destinatie text, eu_punct_lucru varchar(50), grupa_articol varchar(30),"
+        "tip_obiect_urm_chelt varchar(20), emitent varchar(100), gr_chelt_ven_postc_sup varchar(25),"
+        "da_nu_chelt_postc bool, loc1 varchar(2), loc2 varchar(2), com_int_sup varchar(25),"
+        "gr_com_int varchar(20), companie_emitenta text, data_incep date, data_sf date"},
+    {"view_verif_tva_inclus",
+        "com_int varchar(25), data_doc date, tip_doc varchar(7), nr_doc varchar(15), articol text,"
+        "partener varchar(100), venituri float8, cheltuieli float8, profit float8, furnizor text,"
+        "val_furn_previz float8, cheltuieli_doc_moneda float8, activitate varchar(50), conts varchar(7),"
+        "conta varchar(25), proc_tva float8, tip_tratare_tva varchar(10), detaliu_text text,"
+        "data_confirmare_decont timestamp, moneda varchar(4), gr_com_int varchar(20), detaliu_articol text,"
+        "cod_rezervare_furn text, da_nu_ue bool, val_lei float8, nr_bilet varchar(20), da_nu_voucher bool,"
+        "data_confirmare date, venituri_moneda float8, com_int_sup varchar(25), comision_calculat float8,"
+        "curs float8, cheltuieli_moneda float8, cod_cci varchar(20), da_nu_persoana_juridica bool,"
+        "emitent varchar(100), eu_punct_lucru varchar(50), data_sf_comanda date, modificat bool, scv int4,"
+        "emitent_com_int varchar(100), venituri_doc_moneda float8, valoare float8, valoare_lei float8,"
+        "loc varchar(25), nr_obiect varchar(20), locatie_magazie varchar(20), data_expirare date,"
+        "doc_poz_id_ext int8, doc_id_ext int8, gr_chelt_ven_postc varchar(25), proc_tva_articol float8,"
+        "proc_tva_inclus float8, proc_tva_poz float8, da_nu_servicii_turism bool, data_crono timestamp,"
+        "tara_destinatie text, urm_incasare bool, urm_plata bool, adaos float8, data_incep date,"
+        "data_sf date, chelt_ven varchar(20), val float8, grup_tip_tva varchar(40),"
+        "grupa_articol varchar(30), venituri_doc float8, cheltuieli_doc float8, profit_doc float8,"
+        "data_ins date, mon_furn text, da_nu_returnare_piese_inlocuite bool, grup_detaliu varchar(50),"
+        "oras_destinatie text, activitate_superioara varchar(50), tara_plecare text, oras_plecare text,"
+        "data_sf_initiala date, obs_aproviz varchar(1000), moneda_com_int varchar(3), val_comanda float8,"
+        "proc_comision_la_vinzare_romania float8, proc_comision_la_vinzare_extern float8,"
+        "proc_comision_articol float8, loc1 varchar(2), loc2 varchar(2)"},
+};
+
+QString readSource(const char *rel)
+{
+    QFile f(QStringLiteral(QUARV_SOURCE_DIR "/") + QLatin1String(rel));
+    if (!f.open(QIODevice::ReadOnly))
+        qFatal("cannot read %s", rel);
+    return QString::fromUtf8(f.readAll());
+}
+
+PgTestServer &pg() { return PgTestServer::instance(); }
+
+void setPeriod(const char *from, const char *to)
+{
+    pg().exec(QStringLiteral("update data_list set data_incep = date '%1', data_sf = date '%2'")
+                  .arg(QLatin1String(from), QLatin1String(to)));
+}
+
+int count(const QString &sql) { return pg().scalar(sql).toInt(); }
+
+// Signed closing balance (debit positive) per analytic account for the
+// period in data_list: opening balance plus the period's turnover.
+const char *const kClosing =
+    "select conts, conta,"
+    "       round(sum(net)::numeric, 2) as net, round(sum(net_lei)::numeric, 2) as net_lei"
+    " from (select conts, conta, sold_db - sold_cr as net, sold_db_lei - sold_cr_lei as net_lei"
+    "       from view_conta_sold_per_incep"
+    "       union all"
+    "       select conts, conta, coalesce(valoare_db, 0) - coalesce(valoare_cr, 0),"
+    "              coalesce(valoare_db_lei, 0) - coalesce(valoare_cr_lei, 0)"
+    "       from view_contab_rulaj_reg_per) as m"
+    " group by conts, conta";
+
+const char *const kOpening =
+    "select conts, conta, round((sold_db - sold_cr)::numeric, 2) as net,"
+    "       round((sold_db_lei - sold_cr_lei)::numeric, 2) as net_lei"
+    " from view_conta_sold_per_incep";
+
+} // namespace
+
+class TestDemoData : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void registerBalances();
+    void balancesCarryOver();
+    void viewColumns();
+    void accountSheetRuns();
+    void journalRegisterRuns();
+    void generationIsDeterministic();
+};
+
+void TestDemoData::initTestCase()
+{
+    try {
+        pg().exec(readSource("demo/data.sql"));
+        QVERIFY(pg().scalar(QStringLiteral("select demo_generate(1)")).toInt() > 5000);
+    } catch (const QuarvError &e) {
+        QFAIL(qPrintable(e.text()));
+    }
+}
+
+void TestDemoData::registerBalances()
+{
+    // One balanced entry per posting carried to the books.
+    const int entries = count(QStringLiteral("select count(*) from reg_jurnal"));
+    QVERIFY(entries > 5000);
+    QCOMPARE(count(QStringLiteral("select count(*) from doc_contare where da_nu_contare")), entries);
+    QVERIFY(count(QStringLiteral("select count(*) from doc_contare where not da_nu_contare")) > 0);
+
+    // Each side's currency amount is the lei value (lei accounts) or converts
+    // to it at the entry's rate (euro accounts).
+    QCOMPARE(count(QStringLiteral(
+                 "select count(*) from reg_jurnal where not ("
+                 " valoare_lei > 0"
+                 " and case when moneda_db = 'RON' then val_mon_db = valoare_lei"
+                 "          else abs(val_mon_db * curs - valoare_lei) <= 0.01 end"
+                 " and case when moneda_cr = 'RON' then val_mon_cr = valoare_lei"
+                 "          else abs(val_mon_cr * curs - valoare_lei) <= 0.01 end)")),
+             0);
+    QVERIFY(count(QStringLiteral("select count(*) from reg_jurnal where moneda_db = 'EUR' or moneda_cr = 'EUR'")) > 50);
+    // Every account used exists, with the currency the entry carries.
+    QCOMPARE(count(QStringLiteral(
+                 "select count(*) from reg_jurnal r where not exists (select 1 from conta a"
+                 " where a.conts = r.conts_db and a.conta = r.conta_db and a.moneda = r.moneda_db)"
+                 " or not exists (select 1 from conta a"
+                 " where a.conts = r.conts_cr and a.conta = r.conta_cr and a.moneda = r.moneda_cr)")),
+             0);
+
+    // The opening balances balance, and so does the trial balance in lei.
+    QCOMPARE(pg().scalar(QStringLiteral(
+                 "select round(sum(sold_db_lei - sold_cr_lei)::numeric, 2) from conta_sold_initial")).toString(),
+             QStringLiteral("0.00"));
+    setPeriod("2025-01-01", "2026-11-30");
+    QCOMPARE(pg().scalar(QStringLiteral("select sum(net_lei) from (%1) as c").arg(QLatin1String(kClosing))).toString(),
+             QStringLiteral("0.00"));
+}
+
+void TestDemoData::balancesCarryOver()
+{
+    try {
+        // Closing of the first half of 2025 = opening of the second half.
+        setPeriod("2025-01-01", "2025-06-30");
+        pg().exec(QStringLiteral("create table t_closing as %1")
+                      .arg(QLatin1String(kClosing)));
+        QVERIFY(count(QStringLiteral("select count(*) from t_closing where net_lei <> 0")) >= 15);
+        QVERIFY(count(QStringLiteral("select count(*) from t_closing where conta = '4111.02' and net <> net_lei")) == 1);
+
+        setPeriod("2025-07-01", "2025-12-31");
+        QCOMPARE(pg().column(QStringLiteral("select distinct data_incep || ' ' || data_sf from view_conta_sold_per_incep")),
+                 QVariantList{QStringLiteral("2025-07-01 2025-12-31")});
+        QCOMPARE(count(QStringLiteral(
+                     "select count(*) from t_closing c full join (%1) as o using (conts, conta)"
+                     " where coalesce(c.net, 0) <> coalesce(o.net, 0) or coalesce(c.net_lei, 0) <> coalesce(o.net_lei, 0)")
+                           .arg(QLatin1String(kOpening))),
+                 0);
+
+        // The register views keep to the period in data_list.
+        QCOMPARE(count(QStringLiteral(
+                     "select count(*) from view_contab_rulaj_reg_per"
+                     " where data_reg_jurnal not between date '2025-07-01' and date '2025-12-31'")),
+                 0);
+        QCOMPARE(count(QStringLiteral("select count(*) from view_contab_rulaj_reg_per")),
+                 2 * count(QStringLiteral("select count(*) from reg_jurnal"
+                                          " where data_reg_jurnal between date '2025-07-01' and date '2025-12-31'")));
+        QCOMPARE(count(QStringLiteral("select count(*) from view_contab_det")),
+                 count(QStringLiteral("select count(*) from doc_contare"
+                                      " where data_doc between date '2025-07-01' and date '2025-12-31'")));
+        QVERIFY(count(QStringLiteral("select count(*) from view_postc_rulaj_det")) > 0);
+        QVERIFY(count(QStringLiteral("select count(*) from view_verif_tva_inclus")) > 0);
+    } catch (const QuarvError &e) {
+        QFAIL(qPrintable(e.text()));
+    }
+}
+
+void TestDemoData::viewColumns()
+{
+    for (const ViewColumns &v : kViews) {
+        const QString sql = QStringLiteral(
+            "select a.attname || ' ' || replace(replace(replace(replace(replace(replace("
+            " format_type(a.atttypid, a.atttypmod), 'character varying', 'varchar'),"
+            " 'double precision', 'float8'), 'timestamp without time zone', 'timestamp'),"
+            " 'integer', 'int4'), 'bigint', 'int8'), 'boolean', 'bool')"
+            " from pg_attribute a where a.attrelid = '%1'::regclass and a.attnum > 0 and not a.attisdropped"
+            " order by a.attnum").arg(QLatin1String(v.view));
+        QStringList actual;
+        for (const QVariant &c : pg().column(sql))
+            actual << c.toString();
+        QStringList expected;
+        for (const QString &c : QString::fromLatin1(v.columns).split(u','))
+            expected << c.trimmed();
+        for (int i = 0; i < qMin(actual.size(), expected.size()); ++i)
+            QVERIFY2(actual.at(i) == expected.at(i),
+                     qPrintable(QStringLiteral("%1 column %2: %3, expected %4")
+                                    .arg(QLatin1String(v.view)).arg(i + 1).arg(actual.at(i), expected.at(i))));
+        QCOMPARE(actual.size(), expected.size());
+    }
+}
+
+void TestDemoData::accountSheetRuns()
+{
+    try {
+        setPeriod("2026-04-01", "2026-06-30");
+        pg().exec(QStringLiteral("create table t_next as %1").arg(QLatin1String(kOpening)));
+        setPeriod("2026-01-01", "2026-03-31");
+        QString sql = QString::fromUtf8(kFisaContAnalitic);
+        sql.replace(QStringLiteral(":pConts"), QStringLiteral("'4111'"));
+        pg().exec(QStringLiteral("create table t_fisa as ") + sql);
+
+        QVERIFY(count(QStringLiteral("select count(*) from t_fisa")) > 100);
+        QCOMPARE(pg().column(QStringLiteral("select distinct conts from t_fisa")), QVariantList{QStringLiteral("4111")});
+        // Every analytic account opens with its balance, in lei and in euro.
+        QCOMPARE(pg().column(QStringLiteral("select conta || ' ' || moneda from t_fisa where nr_doc = 'Sold Initial' order by conta")),
+                 (QVariantList{QStringLiteral("4111.01 RON"), QStringLiteral("4111.02 EUR")}));
+        QCOMPARE(count(QStringLiteral(
+                     "select count(*) from t_fisa f where nr_crt = (select min(nr_crt) from t_fisa g where g.conta = f.conta)"
+                     " and nr_doc <> 'Sold Initial'")),
+                 0);
+        QVERIFY(count(QStringLiteral("select count(*) from t_fisa where partener like '%ș%' or partener like '%ț%'")) > 0);
+        // The last running balance of each account is what the next period opens with.
+        QCOMPARE(count(QStringLiteral(
+                     "select count(*) from t_fisa f join t_next n using (conts, conta)"
+                     " where nr_crt = (select max(nr_crt) from t_fisa g where g.conta = f.conta)"
+                     " and (round((coalesce(sold_db_lei_incremental, 0) - coalesce(sold_cr_lei_incremental, 0))::numeric, 2) <> n.net_lei"
+                     "   or round((coalesce(sold_db_incremental, 0) - coalesce(sold_cr_incremental, 0))::numeric, 2) <> n.net)")),
+                 0);
+        QCOMPARE(count(QStringLiteral("select count(distinct conta) from t_fisa")), 2);
+    } catch (const QuarvError &e) {
+        QFAIL(qPrintable(e.text()));
+    }
+}
+
+void TestDemoData::journalRegisterRuns()
+{
+    try {
+        QString sql = QString::fromUtf8(kAnalizaRegistruJurnal);
+        sql.replace(QStringLiteral(":pDataIncep"), QStringLiteral("date '2025-11-01'"));
+        sql.replace(QStringLiteral(":pDataSf"), QStringLiteral("date '2025-12-31'"));
+        pg().exec(QStringLiteral("create table t_reg as ") + sql);
+
+        // One row per register entry of the two months, never one per posting line.
+        const int rows = count(QStringLiteral("select count(*) from t_reg"));
+        QVERIFY(rows > 500);
+        QCOMPARE(rows, count(QStringLiteral("select count(*) from reg_jurnal"
+                                            " where data_reg_jurnal between date '2025-11-01' and date '2025-12-31'")));
+        QCOMPARE(count(QStringLiteral("select count(*) from t_reg where jurnal is null")), 0);
+        QVERIFY(count(QStringLiteral("select count(*) from t_reg where tip_doc = 'FactCI'")) > 0);
+        // Most accounts have an English name, some do not.
+        QVERIFY(count(QStringLiteral("select count(*) from t_reg where traducere_engleza like '=%'")) > 0);
+        QVERIFY(count(QStringLiteral("select count(*) from t_reg where traducere_engleza like 'Domestic customers=%'")) > 0);
+        // Salary notes are registered under their note date (month end), other documents under their own date.
+        QVERIFY(count(QStringLiteral("select count(*) from t_reg where tip_doc = 'NotaC'"
+                                     " and data_inregistrare = data_reg_jurnal and data_inregistrare <> data_doc")) > 0);
+        QCOMPARE(count(QStringLiteral("select count(*) from t_reg where tip_doc <> 'NotaC' and data_inregistrare <> data_doc")), 0);
+    } catch (const QuarvError &e) {
+        QFAIL(qPrintable(e.text()));
+    }
+}
+
+void TestDemoData::generationIsDeterministic()
+{
+    const QString digest = QStringLiteral(
+        "select md5(string_agg(concat_ws('|', data_reg_jurnal, tip_doc, nr_doc, conts_db, conta_db, val_mon_db,"
+        " valoare_lei, conts_cr, conta_cr, val_mon_cr), ',' order by id_reg_jurnal)) from reg_jurnal");
+    const QVariant before = pg().scalar(digest);
+    QVERIFY(pg().scalar(QStringLiteral("select demo_generate(1)")).toInt() > 0);
+    QCOMPARE(pg().scalar(digest), before);
+}
+
+QTEST_GUILESS_MAIN(TestDemoData)
+#include "tst_demodata.moc"
