@@ -203,7 +203,7 @@ void DBNavigator::updateButtons()
         hasRows && cur > 0,                        // Prior
         hasRows && cur < last,                     // Next
         hasRows && cur < last,                     // Last
-        active && !editing,                        // Insert
+        active,                                    // Insert (a pending edit is posted)
         hasRows || (active && ds->state() == db::DataSet::State::Insert), // Delete
         active && !editing,                        // Edit
         editing,                                   // Post

@@ -158,7 +158,7 @@ private slots:
 
         // A refused post is reported and the edit stays.
         t.beforePost = [](db::DataSet &) { throw QuarvError(QStringLiteral("refuzat")); };
-        QTest::keyClicks(name, QStringLiteral("q"));
+        QTest::keyClicks(number, QStringLiteral("9"));
         nav->click(N::Post);
         QCOMPARE(msg.errors, QStringList{"refuzat"});
         QVERIFY(t.isEditing());
