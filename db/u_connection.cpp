@@ -1,5 +1,7 @@
 #include "db/u_connection.h"
 
+#include <QTimeZone>
+
 #include <libpq-fe.h>
 
 #include <vector>
@@ -85,7 +87,7 @@ void Connection::open()
     values.push_back("UTF8");
     // Dates travel as ISO text whatever the server's own setting is.
     keys.push_back("options");
-    values.push_back("-c DateStyle=ISO,YMD -c IntervalStyle=postgres -c extra_float_digits=1");
+    values.push_back("-c DateStyle=ISO,YMD -c IntervalStyle=postgres -c extra_float_digits=3");
     keys.push_back("application_name");
     values.push_back("tkQuarv");
     keys.push_back(nullptr);
@@ -100,6 +102,7 @@ void Connection::open()
         throw QuarvError(text, QStringLiteral("08001"));
     }
     m_conn = c;
+    setupSession();
     emit opened();
 }
 
@@ -134,6 +137,18 @@ void Connection::reconnect()
         close();
         throw QuarvError(text, QStringLiteral("08001"));
     }
+    setupSession();
+}
+
+void Connection::setupSession()
+{
+    // Timestamps with a zone arrive in the workstation's own wall-clock time.
+    // A zone the server does not know leaves its default in place.
+    const QByteArray zone = QTimeZone::systemTimeZoneId();
+    if (zone.isEmpty())
+        return;
+    const char *values[1] = {zone.constData()};
+    PQclear(PQexecParams(m_conn, "select set_config('TimeZone', $1, false)", 1, nullptr, values, nullptr, nullptr, 0));
 }
 
 bool Connection::recoverLost()

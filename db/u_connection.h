@@ -77,6 +77,7 @@ signals:
     void closed();
 
 private:
+    void setupSession();
     void changeSetting(QString &field, const QString &v);
     QString m_host;
     int m_port = 0;

@@ -48,6 +48,7 @@ private slots:
     void editingAndRoundTrip();
     void badFilesLeaveTableClosedAndEmpty();
     void textMover();
+    void columnAgainstModel();
 };
 
 void TstDbMemory::editingAndRoundTrip()
@@ -202,6 +203,74 @@ void TstDbMemory::textMover()
     db::moveToText(t, path, u'\t');
     QVERIFY(readAll(path).startsWith("ip\tnota\tzi"));
     QVERIFY_THROWS_EXCEPTION(QuarvError, db::moveToText(t, dir.filePath(QStringLiteral("nodir/x.csv")), u','));
+}
+
+void TstDbMemory::columnAgainstModel()
+{
+    // Random appends, overwrites, inserts and removals against a plain list,
+    // over enough rows to cross many null-bitmap words and to make a column
+    // of distinct values give up looking for repeats.
+    quint32 seed = 12345;
+    auto rnd = [&](quint32 n) {
+        seed = seed * 1103515245u + 12345u;
+        return (seed >> 8) % n;
+    };
+    for (FieldType t : {FieldType::Text, FieldType::Float, FieldType::Int32, FieldType::Int64, FieldType::Date,
+                        FieldType::Bytes}) {
+        db::Column c(t);
+        QVariantList model;
+        auto make = [&](int i) -> QVariant {
+            if (rnd(10) == 0)
+                return {};
+            switch (t) {
+            case FieldType::Text: return rnd(16) == 0 ? QString::number(rnd(20)) : QStringLiteral("u%1ș").arg(i);
+            case FieldType::Float: return double(rnd(1000)) / 8;
+            case FieldType::Int32: return int(rnd(100000)) - 50000;
+            case FieldType::Int64: return qlonglong(rnd(100000)) << 33;
+            case FieldType::Date: return QDate(2020, 1, 1).addDays(rnd(4000));
+            default: return rnd(3) ? QByteArray(int(rnd(5)), char(rnd(256))) : QByteArray();
+            }
+        };
+        for (int i = 0; i < 20000; ++i) {
+            const QVariant v = make(i);
+            c.append(v);
+            model.append(v.isValid() && t == FieldType::Bytes ? QVariant(v.toByteArray()) : v);
+        }
+        for (int i = 0; i < 3000; ++i) {
+            const int op = int(rnd(3));
+            const qsizetype row = qsizetype(rnd(quint32(model.size())));
+            if (op == 0) {
+                const QVariant v = make(i);
+                c.set(row, v);
+                model[row] = v;
+            } else if (op == 1) {
+                c.insertNull(row);
+                model.insert(row, QVariant());
+            } else {
+                c.removeAt(row);
+                model.removeAt(row);
+            }
+        }
+        QCOMPARE(c.size(), model.size());
+        for (qsizetype r = 0; r < model.size(); ++r) {
+            const QVariant &want = model[r];
+            if (!want.isValid()) {
+                QVERIFY2(c.isNull(r), qPrintable(QStringLiteral("%1 row %2").arg(db::fieldTypeName(t)).arg(r)));
+                continue;
+            }
+            QVERIFY(!c.isNull(r));
+            QCOMPARE(c.value(r), want);
+        }
+        // Equal pooled numbers mean equal text.
+        if (t == FieldType::Text)
+            for (qsizetype r = 1; r < model.size(); ++r)
+                if (c.textId(r) == c.textId(r - 1))
+                    QCOMPARE(c.bytes(r), c.bytes(r - 1));
+        db::Column copy = c;
+        QCOMPARE(copy.value(model.size() - 1), c.value(model.size() - 1));
+        c.clear();
+        QCOMPARE(c.size(), 0);
+    }
 }
 
 QTEST_GUILESS_MAIN(TstDbMemory)
