@@ -120,10 +120,36 @@ demo_db_exists() {
   [ "$(demo_psql_admin -d postgres -At -c "select 1 from pg_database where datname = '$1'")" = 1 ]
 }
 
-# Makes sure database $1 holds the schema and the data of scale $2 (created
-# and loaded only when it has no documents yet). Prints how long a load took.
+# A fingerprint of the demo sources and the scale, kept as the database's
+# comment, so a database loaded from older sources is recognised.
+demo_fingerprint() {
+  echo "tkQuarv demo $(cat "$QUARV_ROOT/demo/schema.sql" "$QUARV_ROOT/demo/data.sql" | md5sum | cut -c1-32) scale $1"
+}
+
+demo_db_fingerprint() {
+  demo_psql_admin -d postgres -At -c "select shobj_description(oid, 'pg_database') from pg_database where datname = '$1'"
+}
+
+demo_db_drop() {
+  echo "demo: dropping $1"
+  demo_psql_admin -d postgres -c "drop database $1 with (force)"
+}
+
+# Makes sure database $1 holds the schema and the data of scale $2, created
+# and loaded only when it is not there yet. A database loaded from other
+# demo sources is reloaded when $3 is "reload", else only reported.
 demo_db_ensure() {
-  local db=$1 scale=$2 start
+  local db=$1 scale=$2 stale=${3:-warn} want start
+  want=$(demo_fingerprint "$scale")
+  if demo_db_exists "$db" && [ "$(demo_db_fingerprint "$db")" != "$want" ]; then
+    if [ "$stale" = reload ]; then
+      echo "demo: $db was loaded from other demo sources; loading it afresh"
+      demo_db_drop "$db"
+    else
+      echo "demo: note: $db was loaded from older demo sources; 'scripts/demo --reset' reloads it (saved grid styles are lost)" >&2
+      return 0
+    fi
+  fi
   if ! demo_db_exists "$db"; then
     demo_psql_admin -d postgres -c "create database $db owner $QUARV_DEMO_USER encoding 'UTF8' template template0"
   fi
@@ -136,6 +162,7 @@ demo_db_ensure() {
     demo_psql -d "$db" -f "$QUARV_ROOT/demo/data.sql" || demo_die "loading demo/data.sql into $db failed"
     demo_psql -d "$db" -At -c "select demo_generate($scale)" >/dev/null || demo_die "generating the data of $db failed"
     demo_psql_admin -d "$db" -c "vacuum analyze" || demo_die "analyze of $db failed"
+    demo_psql -d "$db" -c "comment on database $db is '$want'"
     echo "demo: $db loaded in $(( $(date +%s) - start )) s"
   fi
 }
