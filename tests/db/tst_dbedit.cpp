@@ -19,6 +19,8 @@ private slots:
     void hooksRefuse();
     void deferredBlobs();
     void postSurvivesDroppedConnection();
+    void periodRow();
+    void failedReconnectSurfaces();
 
 private:
     PgTestServer &srv() { return PgTestServer::instance(); }
@@ -240,6 +242,53 @@ void TstDbEdit::postSurvivesDroppedConnection()
     QVERIFY(srv().terminateOthers() >= 1);
     q.post();
     QCOMPARE(srv().scalar(QStringLiteral("select count(*) from te_key where name = 'dropped'")).toInt(), 1);
+}
+
+void TstDbEdit::periodRow()
+{
+    // The period row: no key, a double among the values matched.
+    srv().exec(QStringLiteral("delete from data_list; insert into data_list values "
+                              "('2024-01-01', '2024-01-31', null, null, null, null, 'EUR', 4.9765)"));
+    Query q;
+    q.setConnection(&m_conn);
+    q.setSql(QStringLiteral("select *\nfrom data_list\n;"));
+    q.setUpdateTable(QStringLiteral("data_list"));
+    q.open();
+    QCOMPARE(q.fieldDef(q.fieldIndex(QStringLiteral("moneda_raportare"))).size, 3);
+    for (int month = 2; month <= 3; ++month) {
+        q.edit();
+        q.setFieldValue(QStringLiteral("data_incep"), QDate(2024, month, 1));
+        q.setFieldValue(QStringLiteral("data_sf"), QDate(2024, month, 1).addMonths(1).addDays(-1));
+        q.post();
+        q.refresh();
+    }
+    QCOMPARE(srv().scalar(QStringLiteral("select data_incep || ' ' || data_sf || ' ' || curs_raportare from data_list"))
+                 .toString(),
+             QStringLiteral("2024-03-01 2024-03-31 4.9765"));
+    QCOMPARE(q.fieldValue(QStringLiteral("data_sf")).toDate(), QDate(2024, 3, 31));
+}
+
+void TstDbEdit::failedReconnectSurfaces()
+{
+    // A role that may no longer log in: the reconnect fails with the server's words.
+    const QString role = QStringLiteral("tq_gone_%1").arg(QCoreApplication::applicationPid());
+    srv().execAdmin(QStringLiteral("create role %1 login password 'x'").arg(role));
+    Connection c;
+    srv().configure(c);
+    c.setUserName(role);
+    c.setPassword(QStringLiteral("x"));
+    c.onConnectionLost = [] { return Connection::LostMode::ReconnectExecute; };
+    c.open();
+    srv().execAdmin(QStringLiteral("alter role %1 nologin").arg(role));
+    srv().terminateOthers();
+    try {
+        c.execCommand(QStringLiteral("select 1"));
+        QFAIL("reconnected with a role that may not log in");
+    } catch (const QuarvError &e) {
+        QVERIFY2(e.text().contains(role), qPrintable(e.text()));
+    }
+    QVERIFY(!c.isOpen());
+    srv().execAdmin(QStringLiteral("drop role %1").arg(role));
 }
 
 QTEST_GUILESS_MAIN(TstDbEdit)
