@@ -1,8 +1,12 @@
 #include "app/u_application.h"
 
 #include "ui/u_messages.h"
+#include "ui/u_platform.h"
 
-TQuarvApplication::TQuarvApplication(int &argc, char **argv) : QApplication(argc, argv) {}
+TQuarvApplication::TQuarvApplication(int &argc, char **argv) : QApplication(argc, argv)
+{
+    ui::platform::installFontSubstitutes();
+}
 
 bool TQuarvApplication::notify(QObject *receiver, QEvent *event)
 {

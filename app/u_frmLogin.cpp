@@ -8,6 +8,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QShowEvent>
 #include <QToolButton>
@@ -36,6 +37,18 @@ std::vector<db::FieldDef> profileFields()
     port.type = db::FieldType::Int32;
     return {str(kIp), port, str(kDataBase), str(kUser)};
 }
+
+// The password box shows every character as "*", whatever the desktop's style.
+class StarPasswordStyle : public QProxyStyle {
+public:
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *ret) const override
+    {
+        if (hint == QStyle::SH_LineEdit_PasswordCharacter)
+            return '*';
+        return QProxyStyle::styleHint(hint, option, widget, ret);
+    }
+};
 
 // Closes the login query on every way out of the sign-in check.
 struct CloseOnExit {
@@ -91,6 +104,9 @@ TfrmLogin::TfrmLogin(QWidget *parent) : QDialog(parent)
     edtPassword = new QLineEdit(this);
     edtPassword->setObjectName(QStringLiteral("edtPassword"));
     edtPassword->setEchoMode(QLineEdit::Password);
+    auto *stars = new StarPasswordStyle;
+    stars->setParent(edtPassword);
+    edtPassword->setStyle(stars);
     lblIp = makeLabel("lblIp", QStringLiteral("ip"), edtIp);
     lblPort = makeLabel("lblPort", QStringLiteral("port"), edtPort);
     lblDataBase = makeLabel("lblDataBase", QStringLiteral("dataBase"), edtDataBase);

@@ -53,7 +53,9 @@ TfrmMenuQUARV::TfrmMenuQUARV(QWidget *parent) : QWidget(parent)
         auto *b = new QPushButton(caption, owner);
         b->setObjectName(QString::fromLatin1(name));
         b->setAccessibleName(caption);
-        b->setFixedSize(width, 25);
+        // The designed width, unless the caption would be cut off in the
+        // font this desktop has.
+        b->setFixedSize(qMax(width, b->sizeHint().width()), 25);
         return b;
     };
 

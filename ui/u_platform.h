@@ -18,6 +18,10 @@ QString documentsFolder();
 // Outside Windows: ';' when the locale's decimal point is ',', else ','.
 QChar listSeparator();
 
+// The forms are designed in Tahoma and MS Sans Serif; where those are
+// missing, narrow sans fonts stand in so captions fit their designed widths.
+void installFontSubstitutes();
+
 // Test hooks: a value pins the answer, std::nullopt asks the system again.
 void setDocumentsFolderOverride(std::optional<QString> folder);
 void setListSeparatorOverride(std::optional<QChar> separator);
