@@ -38,7 +38,7 @@ struct ExportSource {
     explicit ExportSource(const GridModel &model)
         : m(model), d(GridModelAccess::impl(model)), cols(model.visibleColumns()),
           groupFooters(d.groupFooters && !d.groupSums.isEmpty() && !d.groupCols.empty()),
-          footer(d.footer && !d.footerSums.isEmpty())
+          footer(d.footer && !d.footerSums.isEmpty() && !d.records.empty())
     {
     }
 

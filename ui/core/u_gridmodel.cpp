@@ -692,17 +692,6 @@ QString GridModel::Impl::nodeKeyText(const Node &nd) const
     return parts.join(QChar(0x1f));
 }
 
-void GridModel::Impl::captureExpanded()
-{
-    if (allExpanded)
-        return;
-    QSet<QString> paths;
-    for (const Node &nd : nodes)
-        if (nd.expanded)
-            paths.insert(nodeKeyText(nd));
-    expandedPaths = paths;
-}
-
 void GridModel::Impl::buildNodes()
 {
     nodes.clear();
@@ -894,6 +883,8 @@ void GridModel::Impl::expandPathTo(qint32 rec)
     while (i < count) {
         Node &nd = nodes[size_t(i)];
         if (rec >= nd.first && rec < nd.first + nd.count) {
+            if (!nd.expanded && !allExpanded)
+                expandedPaths.insert(nodeKeyText(nd));
             nd.expanded = true;
             ++i; // its first child, if any
         } else {
@@ -958,8 +949,6 @@ void GridModel::Impl::run(unsigned flags)
         resolveAll();
         flags |= FOrder | FFilter;
     }
-    if (flags & (FOrder | FFilter | FGroups))
-        captureExpanded();
     if (flags & FOrder)
         computeOrder();
     if (flags & FFilter)
@@ -1838,8 +1827,17 @@ void GridModel::setExpanded(qsizetype displayRow, bool expanded)
     if (nd.expanded == expanded)
         return;
     nd.expanded = expanded;
-    if (!expanded)
+    // remembered by key, so a refresh or a new filter keeps what the operator opened
+    if (expanded)
+        d->expandedPaths.insert(d->nodeKeyText(nd));
+    else
+        d->expandedPaths.remove(d->nodeKeyText(nd));
+    if (!expanded && d->allExpanded) {
         d->allExpanded = false;
+        for (const Node &o : d->nodes)
+            if (o.expanded)
+                d->expandedPaths.insert(d->nodeKeyText(o));
+    }
     // a focus inside the collapsed group moves to the group row
     if (!expanded && d->focus >= 0 && d->focus < qsizetype(d->drows.size())) {
         const DRow &f = d->drows[size_t(d->focus)];

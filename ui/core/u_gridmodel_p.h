@@ -148,7 +148,6 @@ struct GridModel::Impl {
     void computeOrder();
     void computePass();
     void computeRecords();
-    void captureExpanded();
     QString nodeKeyText(const Node &nd) const;
     void buildNodes();
     void computeSums();

@@ -1,0 +1,685 @@
+// The grid's logic without widgets: rows after filter, sort and grouping;
+// summaries; the layout store; the exports.
+
+#include "db/u_error.h"
+#include "tests/gridcore/u_testdataset.h"
+#include "ui/core/u_gridexport.h"
+#include "ui/core/u_gridformat.h"
+#include "ui/core/u_gridlayout.h"
+#include "ui/core/u_gridmodel.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <map>
+
+using namespace ui;
+using db::FieldType;
+
+namespace {
+
+const QLocale kC = QLocale::c();
+
+std::vector<db::FieldDef> ledgerFields()
+{
+    return {{QStringLiteral("conts"), FieldType::Text},     {QStringLiteral("partener"), FieldType::String, 50},
+            {QStringLiteral("data_doc"), FieldType::Date},  {QStringLiteral("valoare_lei"), FieldType::Float},
+            {QStringLiteral("scv"), FieldType::Int32},      {QStringLiteral("da_nu_contare"), FieldType::Bool}};
+}
+
+// A deterministic ledger; cents kept as integers for independent sums.
+struct Ledger {
+    TestDataSet ds{ledgerFields()};
+    std::vector<qint64> cents;
+    explicit Ledger(int rows, quint32 seed = 7)
+    {
+        QRandomGenerator rng(seed);
+        const QStringList conts = {QStringLiteral("401"), QStringLiteral("4111"), QStringLiteral("5121"),
+                                   QStringLiteral("628"), QStringLiteral("704")};
+        const QStringList parts = {QStringLiteral("Alfa SRL"), QStringLiteral("Beta SA"), QStringLiteral("Ştefan PFA"),
+                                   QStringLiteral("Ţesătoria"), QStringLiteral("omega")};
+        for (int i = 0; i < rows; ++i) {
+            const qint64 c = qint64(rng.bounded(2000000)) - 500000; // -5,000.00 .. 15,000.00
+            cents.push_back(c);
+            ds.add({conts[int(rng.bounded(conts.size()))], parts[int(rng.bounded(parts.size()))],
+                    QDate(2024, 1, 1).addDays(rng.bounded(366)), double(c) / 100.0, i % 17, rng.bounded(2) == 1});
+        }
+        ds.openNow();
+    }
+    QString text(int row, int field) const { return ds.column(field).asString(row); }
+};
+
+void bind(GridModel &m, db::DataSet &ds)
+{
+    m.setLocale(kC);
+    m.setDataSet(&ds);
+    m.createDefaultColumns();
+}
+
+QString fmtCents(qint64 c)
+{
+    return NumberFormat(QStringLiteral(",0.00;-,0.00")).format(double(c) / 100.0, kC);
+}
+
+QStringList readLines(const QString &path, bool *bom = nullptr)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    QByteArray all = f.readAll();
+    if (bom)
+        *bom = all.startsWith("\xEF\xBB\xBF");
+    if (all.startsWith("\xEF\xBB\xBF"))
+        all.remove(0, 3);
+    QStringList lines = QString::fromUtf8(all).split(QStringLiteral("\r\n"));
+    if (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+// Unpacks an .xlsx (a zip) through python3's zipfile, once per workbook.
+struct Unzipped {
+    QTemporaryDir dir;
+    explicit Unzipped(const QString &zip)
+    {
+        QProcess p;
+        p.start(QStringLiteral("python3"), {QStringLiteral("-c"),
+                                            QStringLiteral("import sys,zipfile;zipfile.ZipFile(sys.argv[1]).extractall(sys.argv[2])"),
+                                            zip, dir.path()});
+        p.waitForFinished(120000);
+    }
+    QByteArray entry(const QString &name) const
+    {
+        QFile f(dir.filePath(name));
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+};
+
+} // namespace
+
+class TstGridCore : public QObject {
+    Q_OBJECT
+private slots:
+    void numberFormats();
+    void groupsAndSummaries();
+    void multiLevelGroupsCollapsed();
+    void filters();
+    void sorting();
+    void focusAndRefresh();
+    void layoutRoundTripAndRestoreRules();
+    void textExports();
+    void xlsxExport();
+    void emptyGridAndFailures();
+};
+
+void TstGridCore::numberFormats()
+{
+    const NumberFormat money(QStringLiteral(",0.00;-,0.00"));
+    QCOMPARE(money.format(1234567.891, kC), QStringLiteral("1,234,567.89"));
+    QCOMPARE(money.format(-1234.5, kC), QStringLiteral("-1,234.50"));
+    QCOMPARE(money.format(2.675, kC), QStringLiteral("2.68"));   // as typed, not the binary tail
+    QCOMPARE(money.format(-0.004, kC), QStringLiteral("0.00"));  // no "-0.00"
+    QCOMPARE(money.format(999.995, kC), QStringLiteral("1,000.00"));
+    QCOMPARE(money.format(0.5, kC), QStringLiteral("0.50"));
+    const QLocale ro(QLocale::Romanian, QLocale::Romania);
+    QCOMPARE(money.format(-1234.5, ro), QStringLiteral("-1.234,50"));
+    QCOMPARE(NumberFormat(QStringLiteral("0")).format(1234.5, kC), QStringLiteral("1235"));
+    QCOMPARE(NumberFormat(QStringLiteral("#,##0.0# lei")).format(1234.5, kC), QStringLiteral("1,234.5 lei"));
+    QCOMPARE(NumberFormat(QStringLiteral("0.00;(0.00)")).format(-3, kC), QStringLiteral("(3.00)"));
+    QVERIFY(NumberFormat().isPlain());
+    QCOMPARE(money.spreadsheetFormat(), QByteArray("#,##0.00;-#,##0.00"));
+    QCOMPARE(plainNumberText(0.1 + 0.2, kC), QStringLiteral("0.3"));
+    QCOMPARE(plainNumberText(-1e20, kC), QStringLiteral("-100000000000000000000"));
+    QCOMPARE(spreadsheetDateFormat(QStringLiteral("dd.MM.yyyy hh:mm")), QByteArray("dd.mm.yyyy hh:mm"));
+}
+
+void TstGridCore::groupsAndSummaries()
+{
+    Ledger L(3000);
+    GridModel m;
+    bind(m, L.ds);
+    const QString fmt = QStringLiteral(",0.00;-,0.00");
+    // val_mon_cr is not a field of the data: its summaries stay empty
+    m.setFooterSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, fmt},
+                          {QStringLiteral("val_mon_cr"), SummaryKind::Sum, fmt},
+                          {QStringLiteral("valoare_lei"), SummaryKind::Count, {}, QStringLiteral("scv")}});
+    m.setGroupSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, fmt},
+                         {QStringLiteral("val_mon_cr"), SummaryKind::Sum, fmt},
+                         {QStringLiteral("valoare_lei"), SummaryKind::Max}});
+    m.addColumn(QStringLiteral("val_mon_cr"));
+    const int colVal = m.columnIndex(QStringLiteral("valoare_lei"));
+    const int colMissing = m.columnIndex(QStringLiteral("val_mon_cr"));
+    QCOMPARE(m.columnKind(colMissing), ColumnKind::Missing);
+
+    qint64 total = 0;
+    for (qint64 c : L.cents)
+        total += c;
+    QCOMPARE(m.footerText(0), fmtCents(total));
+    QCOMPARE(m.footerTextForColumn(colVal), fmtCents(total));
+    QVERIFY(!m.footerValue(1).isValid());
+    QCOMPARE(m.footerTextForColumn(colMissing), QString());
+    QCOMPARE(m.footerTextForColumn(m.columnIndex(QStringLiteral("scv"))), QStringLiteral("3000"));
+    QCOMPARE(m.recordCount(), qsizetype(3000));
+
+    m.groupByColumn(m.columnIndex(QStringLiteral("conts")));
+    // grouping opens the focused record's group; close them all to read the footers
+    QVERIFY(m.isExpanded(0));
+    QCOMPARE(m.focusedDataRow(), qsizetype(0));
+    m.collapseAll();
+    std::map<QString, std::pair<qint64, qint64>> expect; // conts -> (sum cents, max cents)
+    std::map<QString, int> counts;
+    for (int r = 0; r < 3000; ++r) {
+        auto &e = expect.try_emplace(L.text(r, 0), 0, std::numeric_limits<qint64>::min()).first->second;
+        e.first += L.cents[size_t(r)];
+        e.second = std::max(e.second, L.cents[size_t(r)]);
+        ++counts[L.text(r, 0)];
+    }
+    // collapsed groups: a group row and its (always shown) footer per group, keys in order
+    QCOMPARE(m.rowCount(), qsizetype(expect.size() * 2));
+    auto it = expect.begin();
+    for (qsizetype i = 0; i < m.rowCount(); i += 2, ++it) {
+        QCOMPARE(m.rowKind(i), RowKind::Group);
+        QCOMPARE(m.rowKind(i + 1), RowKind::GroupFooter);
+        const GroupInfo gi = m.groupInfo(i);
+        QCOMPARE(gi.valueText, it->first);
+        QCOMPARE(gi.rowCount, qsizetype(counts[it->first]));
+        QCOMPARE(m.groupRowText(i), QStringLiteral("conts: %1 (%2)").arg(it->first).arg(counts[it->first]));
+        QCOMPARE(m.groupFooterTextForColumn(i + 1, colVal),
+                 fmtCents(it->second.first) + QLatin1Char('\n') + plainNumberText(double(it->second.second) / 100.0, kC));
+        QCOMPARE(m.groupSummaryValue(int(i + 1), 2).toDouble(), double(it->second.second) / 100.0);
+        QVERIFY(!m.groupSummaryValue(int(i + 1), 1).isValid());
+        QCOMPARE(m.groupFooterTextForColumn(i + 1, colMissing), QString());
+    }
+    // the footer does not change with grouping
+    QCOMPARE(m.footerText(0), fmtCents(total));
+    // a filter changes footer and groups alike
+    m.setFilterText(m.columnIndex(QStringLiteral("partener")), QStringLiteral("beta"));
+    qint64 betaTotal = 0;
+    for (int r = 0; r < 3000; ++r)
+        if (L.text(r, 1) == QLatin1String("Beta SA"))
+            betaTotal += L.cents[size_t(r)];
+    QCOMPARE(m.footerText(0), fmtCents(betaTotal));
+}
+
+void TstGridCore::multiLevelGroupsCollapsed()
+{
+    Ledger L(500, 11);
+    GridModel m;
+    bind(m, L.ds);
+    m.setGroupSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, QStringLiteral("0.00")}});
+    m.groupByColumn(m.columnIndex(QStringLiteral("conts")));
+    m.groupByColumn(m.columnIndex(QStringLiteral("partener")));
+    QCOMPARE(m.groupColumns().size(), 2);
+    m.collapseAll();
+    const qsizetype topGroups = m.rowCount() / 2;
+    QCOMPARE(topGroups, qsizetype(5));
+    // expand the first top group: its sub-groups appear, each with its footer, before the group's own footer
+    m.setExpanded(0, true);
+    QCOMPARE(m.rowKind(1), RowKind::Group);
+    QCOMPARE(m.rowLevel(1), 1);
+    qsizetype i = 1;
+    qsizetype subRows = 0;
+    std::map<QString, qint64> subSums;
+    while (m.rowKind(i) != RowKind::GroupFooter || m.rowLevel(i) != 0) {
+        QCOMPARE(m.rowKind(i), RowKind::Group);
+        QCOMPARE(m.rowKind(i + 1), RowKind::GroupFooter);
+        QCOMPARE(m.rowLevel(i + 1), 1);
+        subRows += m.groupInfo(i).rowCount;
+        i += 2;
+    }
+    QCOMPARE(subRows, m.groupInfo(0).rowCount);
+    const QString first = m.groupInfo(0).valueText;
+    qint64 firstSum = 0;
+    for (int r = 0; r < 500; ++r)
+        if (L.text(r, 0) == first)
+            firstSum += L.cents[size_t(r)];
+    QCOMPARE(m.groupSummaryText(int(i), 0), QString::number(double(firstSum) / 100.0, 'f', 2));
+    // expanding a sub-group shows its data rows, all of that pair
+    m.setExpanded(1, true);
+    const GroupInfo sub = m.groupInfo(1);
+    for (qsizetype k = 2; k < 2 + sub.rowCount; ++k) {
+        QCOMPARE(m.rowKind(k), RowKind::Data);
+        QCOMPARE(m.cellText(k, 0), first);
+        QCOMPARE(m.cellText(k, 1), sub.valueText);
+    }
+    QCOMPARE(m.rowKind(2 + sub.rowCount), RowKind::GroupFooter);
+    m.collapseAll();
+    QCOMPARE(m.rowCount(), topGroups * 2);
+    m.expandAll();
+    qsizetype data = 0, groups = 0, footers = 0;
+    for (qsizetype k = 0; k < m.rowCount(); ++k) {
+        data += m.rowKind(k) == RowKind::Data;
+        groups += m.rowKind(k) == RowKind::Group;
+        footers += m.rowKind(k) == RowKind::GroupFooter;
+    }
+    QCOMPARE(data, qsizetype(500));
+    QCOMPARE(footers, groups);
+    QVERIFY(groups > 5);
+    // grouping off: plain data rows again
+    m.clearGrouping();
+    QCOMPARE(m.rowCount(), qsizetype(500));
+}
+
+void TstGridCore::filters()
+{
+    TestDataSet ds({{QStringLiteral("partener"), FieldType::Text},
+                    {QStringLiteral("valoare"), FieldType::Float},
+                    {QStringLiteral("data_doc"), FieldType::Date},
+                    {QStringLiteral("discontinued"), FieldType::Bool}});
+    ds.add({QStringLiteral("Ştefan Cel Mare"), 150.0, QDate(2024, 3, 1), false});  // cedilla
+    ds.add({QStringLiteral("ștefan vodă"), 0.0, QDate(2024, 3, 15), true});        // comma below
+    ds.add({QStringLiteral("Ţară Nouă"), -20.5, QDate(2024, 4, 1), false});
+    ds.add({QStringLiteral("țara veche"), 100.0, QDate(2023, 12, 31), QVariant()});
+    ds.add({QVariant(), QVariant(), QVariant(), true});
+    ds.openNow();
+    GridModel m;
+    bind(m, ds);
+    auto rows = [&] {
+        QList<qsizetype> out;
+        for (qsizetype i = 0; i < m.rowCount(); ++i)
+            out << m.dataRow(i);
+        return out;
+    };
+    using L = QList<qsizetype>;
+    m.setFilterText(0, QStringLiteral("ȘTEFAN"));
+    QCOMPARE(rows(), L({0, 1}));
+    m.setFilterText(0, QStringLiteral("şte"));
+    QCOMPARE(rows(), L({0, 1}));
+    m.setFilterText(0, QStringLiteral("ţar"));
+    QCOMPARE(rows(), L({2, 3}));
+    m.setFilterText(0, QStringLiteral("Țara v"));
+    QCOMPARE(rows(), L({3}));
+    QCOMPARE(m.recordCount(), qsizetype(1));
+    m.clearFilter(0);
+    QCOMPARE(m.recordCount(), qsizetype(5));
+
+    const struct { const char *text; L expect; } numeric[] = {
+        {">100", {0}}, {">=100", {0, 3}}, {"<0", {2}}, {"<=0", {1, 2}}, {"<>0", {0, 2, 3}},
+        {"=100", {3}}, {"100", {3}}, {"-20,5", {2}}, {" > 99.5 ", {0, 3}},
+    };
+    for (const auto &c : numeric) {
+        m.setFilterText(1, QString::fromLatin1(c.text));
+        QCOMPARE(rows(), c.expect);
+        QVERIFY(!m.filterError(1));
+    }
+    m.setFilterText(1, QStringLiteral(">abc"));
+    QVERIFY(m.filterError(1));
+    QCOMPARE(m.recordCount(), qsizetype(0));
+    m.clearFilter(1);
+
+    m.setFilterText(2, QStringLiteral("15.03.2024"));
+    QCOMPARE(rows(), L({1}));
+    m.setFilterText(2, QStringLiteral(">=2024-03-15"));
+    QCOMPARE(rows(), L({1, 2}));
+    m.setFilterText(2, QStringLiteral("<01.03.2024"));
+    QCOMPARE(rows(), L({3}));
+    m.clearFilter(2);
+
+    m.setBoolFilter(3, BoolFilter::True);
+    QCOMPARE(rows(), L({1, 4}));
+    QCOMPARE(m.boolFilter(3), BoolFilter::True);
+    m.setBoolFilter(3, BoolFilter::False);
+    QCOMPARE(rows(), L({0, 2}));
+    // several columns combine with AND; clearing all brings every row back
+    m.setFilterText(1, QStringLiteral("<0"));
+    QCOMPARE(rows(), L({2}));
+    QVERIFY(m.hasFilterRowConditions());
+    m.clearAllFilters();
+    QCOMPARE(m.recordCount(), qsizetype(5));
+
+    // the programmatic filter of the styles grid: discontinued = "False" / "True"
+    m.addFilterCondition(QStringLiteral("discontinued"), QStringLiteral("False"));
+    QCOMPARE(m.recordCount(), qsizetype(5)); // not on yet
+    m.setProgramFilterActive(true);
+    QCOMPARE(rows(), L({0, 2}));
+    m.setFilterText(0, QStringLiteral("nou"));
+    QCOMPARE(rows(), L({2}));
+    m.clearProgramFilter();
+    QVERIFY(!m.programFilterActive());
+    QCOMPARE(rows(), L({2}));
+    m.clearAllFilters();
+    m.addFilterCondition(QStringLiteral("discontinued"), QStringLiteral("True"));
+    m.setProgramFilterActive(true);
+    QCOMPARE(rows(), L({1, 4}));
+    m.setProgramFilterActive(false);
+    QCOMPARE(m.recordCount(), qsizetype(5));
+}
+
+void TstGridCore::sorting()
+{
+    TestDataSet ds({{QStringLiteral("nume"), FieldType::Text},
+                    {QStringLiteral("suma"), FieldType::Float},
+                    {QStringLiteral("zi"), FieldType::Date},
+                    {QStringLiteral("nr"), FieldType::Int64}});
+    ds.add({QStringLiteral("b"), 10.0, QDate(2024, 1, 2), 1});
+    ds.add({QStringLiteral("ăb"), 9.0, QVariant(), 2});
+    ds.add({QVariant(), -1.0, QDate(2023, 1, 2), 3});
+    ds.add({QStringLiteral("ac"), QVariant(), QDate(2024, 1, 1), 4});
+    ds.add({QStringLiteral("ab"), 10.0, QDate(2022, 5, 5), 5});
+    ds.add({QStringLiteral("Zeta"), 9.0, QDate(2024, 1, 2), 6});
+    ds.openNow();
+    GridModel m;
+    m.setDataSet(&ds);
+    m.setLocale(QLocale(QLocale::Romanian, QLocale::Romania));
+    m.createDefaultColumns();
+    auto col = [&](int c) {
+        QStringList out;
+        for (qsizetype i = 0; i < m.rowCount(); ++i)
+            out << m.cellText(i, c);
+        return out.join(QLatin1Char('|'));
+    };
+    m.clickSort(0, false); // text by collation: a < ac < ă < b < Z, null first
+    QCOMPARE(col(0), QStringLiteral("|ab|ac|ăb|b|Zeta"));
+    m.clickSort(0, false); // again: reversed
+    QCOMPARE(col(0), QStringLiteral("Zeta|b|ăb|ac|ab|"));
+    m.clickSort(1, false); // numbers typed, null first; ties keep the data order
+    QCOMPARE(col(3), QStringLiteral("4|3|2|6|1|5"));
+    m.clickSort(2, true);  // Shift: then by date
+    QCOMPARE(m.sortColumns(), QList<int>({1, 2}));
+    QCOMPARE(col(3), QStringLiteral("4|3|2|6|5|1"));
+    m.clickSort(2, true);  // Shift on a sorted key reverses only it
+    QCOMPARE(col(3), QStringLiteral("4|3|6|2|1|5"));
+    m.setSortOrder(1, SortOrder::Descending, false);
+    QCOMPARE(m.sortColumns(), QList<int>({1}));
+    QCOMPARE(col(3), QStringLiteral("1|5|2|6|3|4"));
+    m.clickSort(2, false);
+    QCOMPARE(col(2), QStringLiteral("|05.05.2022|02.01.2023|01.01.2024|02.01.2024|02.01.2024"));
+    m.clearSorting();
+    QCOMPARE(col(3), QStringLiteral("1|2|3|4|5|6"));
+    // grouping orders the groups the same typed way; the group's direction follows its column
+    m.groupByColumn(1);
+    m.expandAll();
+    QCOMPARE(m.groupInfo(0).valueText, QString());
+    QCOMPARE(m.groupInfo(2).valueText, QStringLiteral("-1"));
+    m.clickSort(1, false);
+    QCOMPARE(m.groupInfo(0).valueText, QStringLiteral("10"));
+}
+
+void TstGridCore::focusAndRefresh()
+{
+    Ledger L(200, 3);
+    GridModel m;
+    bind(m, L.ds);
+    m.setColumnWidth(1, 167);
+    m.setFilterText(0, QStringLiteral("4"));
+    m.clickSort(2, false);
+    const qsizetype target = m.recordDataRow(m.recordCount() / 2);
+    QVERIFY(m.focusDataRow(target));
+    QCOMPARE(m.focusedDataRow(), target);
+    QCOMPARE(L.ds.currentRow(), target); // the dataset follows the grid
+    const qsizetype number = m.recordNumber();
+    QCOMPARE(m.recordDataRow(number - 1), target);
+    // regrouping keeps the focused record, in sight
+    m.groupByColumn(1);
+    QCOMPARE(m.focusedDataRow(), target);
+    QCOMPARE(m.dataRow(m.focusedRow()), target);
+    const qsizetype n0 = m.recordNumber();
+    QVERIFY(n0 > 0 && n0 < m.recordCount());
+    m.nextRecord();
+    QCOMPARE(m.recordNumber(), n0 + 1);
+    QCOMPARE(m.dataRow(m.focusedRow()), m.recordDataRow(n0));
+    m.priorRecord();
+    QCOMPARE(m.focusedDataRow(), target);
+    // the dataset moving moves the focus
+    L.ds.setCurrentRow(m.recordDataRow(0));
+    QCOMPARE(m.recordNumber(), qsizetype(1));
+    m.lastRecord();
+    QCOMPARE(m.recordNumber(), m.recordCount());
+    m.firstRecord();
+    QCOMPARE(m.recordNumber(), qsizetype(1));
+
+    // a refresh with new rows keeps the whole layout
+    const QByteArray before = saveGridLayout(m);
+    QList<QVariantList> rows;
+    for (int i = 0; i < 50; ++i)
+        rows << QVariantList{QStringLiteral("4%1").arg(i % 3), QStringLiteral("P%1").arg(i % 4), QDate(2024, 2, 1 + i % 28),
+                             double(i), i, false};
+    L.ds.reload(rows);
+    QCOMPARE(saveGridLayout(m), before);
+    QCOMPARE(m.column(1).width, 167);
+    QCOMPARE(m.groupColumns(), QList<int>({1}));
+    QCOMPARE(m.recordCount(), qsizetype(50));
+    QCOMPARE(m.groupInfo(0).valueText, QStringLiteral("P0"));
+    // and a row the dataset loses is no longer shown
+    L.ds.reload({});
+    QCOMPARE(m.rowCount(), qsizetype(0));
+    QCOMPARE(m.recordNumber(), qsizetype(0));
+}
+
+void TstGridCore::layoutRoundTripAndRestoreRules()
+{
+    Ledger L(100);
+    GridModel a;
+    bind(a, L.ds);
+    a.moveColumn(3, 0);                                       // valoare_lei first
+    a.setColumnWidth(0, 70);
+    a.setColumnVisible(a.columnIndex(QStringLiteral("scv")), false);
+    a.setColumnCaption(a.columnIndex(QStringLiteral("partener")), QStringLiteral("Partener\\[x]=y"));
+    a.setColumnDisplayFormat(0, QStringLiteral(",0.00;-,0.00"));
+    a.clickSort(a.columnIndex(QStringLiteral("data_doc")), false);
+    a.setSortOrder(a.columnIndex(QStringLiteral("scv")), SortOrder::Descending, true);
+    a.groupByColumn(a.columnIndex(QStringLiteral("conts")));
+    a.setFilterText(a.columnIndex(QStringLiteral("partener")), QStringLiteral("ş\nx"));
+    a.setFooterSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, QStringLiteral(",0.00;-,0.00")},
+                          {QStringLiteral("val_mon_db"), SummaryKind::Sum, {}}});
+    a.setGroupSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Average, {}, QStringLiteral("scv")}});
+    a.addFilterCondition(QStringLiteral("da_nu_contare"), true);
+    a.addFilterCondition(QStringLiteral("data_doc"), QDate(2024, 5, 6));
+    a.setProgramFilterActive(true);
+    a.setGroupByBoxVisible(false);
+    a.addColumn(QStringLiteral("lipsa"), QStringLiteral("Lipsa"), 90);  // a column the data lacks
+    const QByteArray stream = saveGridLayout(a);
+
+    // b has a column a lacks, and lacks two of a's
+    GridModel b;
+    bind(b, L.ds);
+    b.removeColumn(b.columnIndex(QStringLiteral("partener")));
+    b.addColumn(QStringLiteral("extra_col"));
+    restoreGridLayout(b, stream);
+    QCOMPARE(b.columnIndex(QStringLiteral("extra_col")), -1);  // removed
+    QCOMPARE(b.columnCount(), a.columnCount());
+    for (int i = 0; i < a.columnCount(); ++i) {
+        const GridColumn &x = a.column(i), &y = b.column(i);
+        QCOMPARE(y.fieldName, x.fieldName);
+        QCOMPARE(y.caption, x.caption);
+        QCOMPARE(y.width, x.width);
+        QCOMPARE(y.visible, x.visible);
+        QCOMPARE(y.sortOrder, x.sortOrder);
+        QCOMPARE(y.sortIndex, x.sortIndex);
+        QCOMPARE(y.groupIndex, x.groupIndex);
+        QCOMPARE(y.displayFormat, x.displayFormat);
+        QCOMPARE(y.filterText, x.filterText);
+    }
+    QCOMPARE(b.footerSummaries(), a.footerSummaries());
+    QCOMPARE(b.groupSummaries(), a.groupSummaries());
+    QCOMPARE(b.filterConditions().size(), 2);
+    QCOMPARE(b.filterConditions()[1].value.toDate(), QDate(2024, 5, 6));
+    QVERIFY(b.programFilterActive());
+    QVERIFY(!b.groupByBoxVisible());
+    QCOMPARE(b.recordCount(), a.recordCount());
+    QCOMPARE(saveGridLayout(b), stream);
+
+    // an empty stream keeps the layout; a malformed one raises and keeps it too
+    restoreGridLayout(b, QByteArray());
+    restoreGridLayout(b, QByteArray(" \n\r\n"));
+    QCOMPARE(saveGridLayout(b), stream);
+    const QByteArray bad[] = {
+        "garbage",
+        "[View]\nVersion=1\n[Column:x]\nWidth=abc\n",
+        "[View]\nVersion=99\n",
+        "[Column:x]\nWidth=5\n",
+        "[View]\nVersion=1\n[Column:x]\n[Column:X]\n",
+        "[View]\nVersion=1\n[FooterSummary:0]\nField=a\nKind=Median\n",
+        "[View]\nVersion=1\n[Column:x\n",
+        "[View]\nVersion=1\n[FilterCondition:0]\nField=d\nType=Date\nValue=31.31.2024\n",
+        "[View]\nVersion=1\nGroupByBox=maybe\n",
+        stream + "\n[Column:conts]\nIndex=0\n",
+    };
+    for (const QByteArray &s : bad) {
+        bool raised = false;
+        try {
+            restoreGridLayout(b, s);
+        } catch (const QuarvError &e) {
+            raised = true;
+            QVERIFY2(e.text().startsWith(QStringLiteral("Modul de prezentare al gridului nu poate fi citit")), qPrintable(e.text()));
+        }
+        QVERIFY2(raised, s.constData());
+        QCOMPARE(saveGridLayout(b), stream);
+    }
+    // the file form
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("grid.ini"));
+    saveGridLayoutToFile(a, path);
+    GridModel c;
+    bind(c, L.ds);
+    restoreGridLayoutFromFile(c, path);
+    QCOMPARE(saveGridLayout(c), stream);
+    QVERIFY_THROWS_EXCEPTION(QuarvError, restoreGridLayoutFromFile(c, dir.filePath(QStringLiteral("nu-exista.ini"))));
+}
+
+void TstGridCore::textExports()
+{
+    TestDataSet ds({{QStringLiteral("conts"), FieldType::Text},
+                    {QStringLiteral("explicatie"), FieldType::Text},
+                    {QStringLiteral("data_doc"), FieldType::Date},
+                    {QStringLiteral("valoare_lei"), FieldType::Float},
+                    {QStringLiteral("scv"), FieldType::Int32},
+                    {QStringLiteral("da_nu_contare"), FieldType::Bool}});
+    ds.add({QStringLiteral("401"), QStringLiteral("plată; furnizor \"X\""), QDate(2024, 3, 5), 1234.5, 1, true});
+    ds.add({QStringLiteral("4111"), QStringLiteral("încasare"), QDate(2024, 3, 6), -20.0, 2, false});
+    ds.add({QStringLiteral("401"), QStringLiteral("șpagat"), QDate(2024, 3, 7), 100.25, 3, QVariant()});
+    ds.add({QStringLiteral("5121"), QStringLiteral("ascuns de filtru"), QDate(2024, 3, 8), 7.0, 4, true});
+    ds.openNow();
+    GridModel m;
+    bind(m, ds);
+    const QString money = QStringLiteral(",0.00;-,0.00");
+    m.setColumnDisplayFormat(3, money);
+    m.setColumnCaption(1, QStringLiteral("Explicație"));
+    m.setColumnVisible(4, false);                  // hidden: not exported
+    m.moveColumn(2, 0);                            // data_doc first
+    m.setFilterText(m.columnIndex(QStringLiteral("valoare_lei")), QStringLiteral("<>7"));
+    m.setFooterSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, money}, {QStringLiteral("val_mon_cr"), SummaryKind::Sum, money}});
+    m.setGroupSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, money}});
+    m.groupByColumn(m.columnIndex(QStringLiteral("conts")));  // collapsed on screen, expanded in the file
+
+    QTemporaryDir dir;
+    const QString csv = dir.filePath(QStringLiteral("grid.csv"));
+    exportGridCsv(m, csv, QLatin1Char(';'));
+    bool bom = false;
+    QCOMPARE(readLines(csv, &bom),
+             QStringList({QStringLiteral("data_doc;conts;Explicație;valoare_lei;da_nu_contare"),
+                          QStringLiteral("conts: 401 (2);;;;"),
+                          QStringLiteral("05.03.2024;401;\"plată; furnizor \"\"X\"\"\";1,234.50;True"),
+                          QStringLiteral("07.03.2024;401;șpagat;100.25;"),
+                          QStringLiteral(";;;1,334.75;"),
+                          QStringLiteral("conts: 4111 (1);;;;"),
+                          QStringLiteral("06.03.2024;4111;încasare;-20.00;False"),
+                          QStringLiteral(";;;-20.00;"),
+                          QStringLiteral(";;;1,314.75;")}));
+    QVERIFY(bom);
+
+    const QString txt = dir.filePath(QStringLiteral("grid.txt"));
+    exportGridText(m, txt);
+    const QStringList t = readLines(txt, &bom);
+    QVERIFY(bom);
+    QCOMPARE(t.size(), 9);
+    QCOMPARE(t[0], QStringLiteral("\"data_doc\"\t\"conts\"\t\"Explicație\"\t\"valoare_lei\"\t\"da_nu_contare\""));
+    QCOMPARE(t[2], QStringLiteral("\"05.03.2024\"\t\"401\"\t\"plată; furnizor \"\"X\"\"\"\t\"1,234.50\"\t\"True\""));
+    QCOMPARE(t[4], QStringLiteral("\"\"\t\"\"\t\"\"\t\"1,334.75\"\t\"\""));
+    // replacing an existing file
+    m.clearGrouping();
+    exportGridCsv(m, csv, QLatin1Char(','));
+    QCOMPARE(readLines(csv).size(), 1 + 3 + 1);
+}
+
+void TstGridCore::xlsxExport()
+{
+    TestDataSet ds({{QStringLiteral("conts"), FieldType::Text},
+                    {QStringLiteral("data_doc"), FieldType::Date},
+                    {QStringLiteral("valoare_lei"), FieldType::Float},
+                    {QStringLiteral("ok"), FieldType::Bool}});
+    for (int i = 0; i < 9; ++i)
+        ds.add({i < 5 ? QStringLiteral("401") : QStringLiteral("5121"), QDate(2024, 3, 1 + i), 1000.5 + i, i % 2 == 0});
+    ds.openNow();
+    GridModel m;
+    bind(m, ds);
+    m.setColumnDisplayFormat(2, QStringLiteral(",0.00;-,0.00"));
+    m.setColumnWidth(2, 117);
+    m.setFooterSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, {}}});
+    m.setGroupSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, {}}});
+    m.groupByColumn(0);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("grid.xlsx"));
+    // 1 header + 2 groups x (group row + footer) + 9 rows + footer = 14 rows; 8 per sheet -> two sheets
+    exportGridXlsx(m, path, XlsxOptions{8});
+    QVERIFY(QFile::exists(path));
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1); // no temporary left
+    const Unzipped z(path);
+    const QByteArray s1 = z.entry(QStringLiteral("xl/worksheets/sheet1.xml"));
+    const QByteArray s2 = z.entry(QStringLiteral("xl/worksheets/sheet2.xml"));
+    const QByteArray styles = z.entry(QStringLiteral("xl/styles.xml"));
+    QVERIFY2(!s1.isEmpty() && !s2.isEmpty(), "both worksheets present");
+    QVERIFY(z.entry(QStringLiteral("xl/worksheets/sheet3.xml")).isEmpty());
+    // frozen header on each sheet, the header repeated
+    for (const QByteArray &s : {s1, s2}) {
+        QVERIFY(s.contains("ySplit=\"1\"") && s.contains("state=\"frozen\""));
+        QVERIFY(s.contains("<row r=\"1\""));
+        QVERIFY(s.contains("<t>valoare_lei</t>"));
+    }
+    // width from pixels: (117 - 5) / 7 = 16 characters
+    QVERIFY(s1.contains("width=\"16.7109375\"") || s1.contains("width=\"16"));
+    // group row at level 0, details one level deeper, summaries above the details
+    QVERIFY(s1.contains("<t>conts: 401 (5)</t>"));
+    QVERIFY(s1.contains("outlineLevel=\"1\""));
+    QVERIFY(s1.contains("summaryBelow=\"0\""));
+    // native numbers: the first detail row holds 1000.5 and a date serial (2024-03-01 = 45352)
+    const QRegularExpression numCell(QStringLiteral("<c r=\"C3\" s=\"(\\d+)\"><v>1000.5</v></c>"));
+    QVERIFY2(numCell.match(QString::fromUtf8(s1)).hasMatch(), s1.constData());
+    QVERIFY(s1.contains("<v>45352</v>"));
+    QVERIFY(s1.contains("t=\"b\""));
+    QVERIFY(styles.contains("formatCode=\"dd.mm.yyyy\""));
+    QVERIFY(styles.contains("formatCode=\"#,##0.00;-#,##0.00\""));
+    // the footer sums every row: 9 * 1000.5 + 36 = 9040.5, on the second sheet
+    QVERIFY(s2.contains("<v>9040.5</v>"));
+}
+
+void TstGridCore::emptyGridAndFailures()
+{
+    TestDataSet ds(ledgerFields());
+    GridModel m;
+    bind(m, ds);                           // closed dataset: no rows
+    m.setFooterSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, {}}});
+    m.groupByColumn(0);
+    QCOMPARE(m.rowCount(), qsizetype(0));
+    QCOMPARE(m.recordNumber(), qsizetype(0));
+    QCOMPARE(m.footerText(0), QString());
+    m.nextRecord();
+    m.expandAll();
+    QTemporaryDir dir;
+    const QString csv = dir.filePath(QStringLiteral("gol.csv"));
+    exportGridCsv(m, csv, QLatin1Char(';'));
+    QCOMPARE(readLines(csv), QStringList({QStringLiteral("conts;partener;data_doc;valoare_lei;scv;da_nu_contare")}));
+    const QString xlsx = dir.filePath(QStringLiteral("gol.xlsx"));
+    exportGridXlsx(m, xlsx);
+    QVERIFY(Unzipped(xlsx).entry(QStringLiteral("xl/worksheets/sheet1.xml")).contains("<t>conts</t>"));
+    // a folder that does not exist: a clear error, no file
+    const QString bad = dir.filePath(QStringLiteral("lipsa/x.csv"));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, exportGridCsv(m, bad, QLatin1Char(';')));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, exportGridXlsx(m, dir.filePath(QStringLiteral("lipsa/x.xlsx"))));
+    QVERIFY(!QFile::exists(bad));
+    // a column bound to nothing in a filled grid shows empty cells
+    ds.add({QStringLiteral("401"), QStringLiteral("A"), QDate(2024, 1, 1), 1.0, 1, true});
+    ds.openNow();
+    m.addColumn(QStringLiteral("nu_exista"));
+    m.clearGrouping();
+    QCOMPARE(m.cellText(0, m.columnIndex(QStringLiteral("nu_exista"))), QString());
+    m.setFilterText(m.columnIndex(QStringLiteral("nu_exista")), QStringLiteral("x"));
+    QCOMPARE(m.recordCount(), qsizetype(0));
+}
+
+QTEST_GUILESS_MAIN(TstGridCore)
+#include "tst_gridcore.moc"
