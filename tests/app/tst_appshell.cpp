@@ -266,6 +266,8 @@ private slots:
         QTest::keyClick(frmLogin->edtDataBase, Qt::Key_Return); // Enter anywhere presses "Conectare"
         QCOMPARE(m_msg->errors.size(), 1);
         QVERIFY(m_msg->errors.first() != kBadLogin && !m_msg->errors.first().isEmpty());
+        QTest::keyClick(frmLogin->DBNavigator1->button(ui::DBNavigator::First), Qt::Key_Return);
+        QCOMPARE(m_msg->errors.size(), 2);
         QVERIFY(frmLogin->isVisible());
         QVERIFY(dmQuarv->emitent.isEmpty());
         QVERIFY(!QFile::exists(settingsFile()));
@@ -451,6 +453,26 @@ private slots:
         QCOMPARE(dmQuarv->dsDataList->rowCount(), 1);
         QVERIFY(m_msg->all.isEmpty());
         dmQuarv->dsDataList->close();
+    }
+
+    // Runs last: the program's own start, loop and end.
+    void mainWindowEndsProgram()
+    {
+        destroyForms();
+        QVERIFY(createdForms().isEmpty());
+        QCOMPARE(frmLogin, nullptr);
+        bool closedWithReportOpen = false;
+        QTimer::singleShot(0, qApp, [&] {
+            menu()->btnContareDocClick();
+            closedWithReportOpen = frmContareDocumente->isVisible() && menu()->isVisible();
+            menu()->close();
+        });
+        const int rc = runProgram(*qobject_cast<QApplication *>(qApp));
+        QCOMPARE(rc, 0);
+        QVERIFY(closedWithReportOpen);
+        QVERIFY(createdForms().isEmpty());
+        QCOMPARE(dmQuarv, nullptr);
+        QCOMPARE(frmMenuQUARV, nullptr);
     }
 };
 
