@@ -2,9 +2,26 @@
 
 TfrmConta_select *frmConta_select = nullptr;
 
-TfrmConta_select::TfrmConta_select(QWidget *parent) : QDialog(parent)
+namespace {
+const char kContaSql[] =
+    "select *\n"
+    "from conta\n"
+    "where not discontinued \n"
+    "order by conts,\n"
+    "         conta\n"
+    ";";
+}
+
+const char *TfrmConta_select::sql()
 {
-    setObjectName(QStringLiteral("frmConta_select"));
-    setWindowTitle(QStringLiteral("frmConta_select"));
-    resize(420, 360);
+    return kContaSql;
+}
+
+TfrmConta_select::TfrmConta_select(QWidget *parent)
+    : TAccountPicker(QStringLiteral("frmConta_select"), QStringLiteral("dsConta"), kContaSql,
+                     {QStringLiteral("conts"), QStringLiteral("conta"), QStringLiteral("den_conta"),
+                      QStringLiteral("moneda")},
+                     parent)
+{
+    dsConta = pickerQuery();
 }

@@ -1,13 +1,16 @@
 #pragma once
-// Stand-in for the form until its own unit is written: it exists with its
-// caption so the program can create and show it.
+// Pick list of the analytic accounts (conta not retired), with the same
+// protocol as the synthetic one: the caller reads conts and conta from
+// dsConta's current row after an OK result.
 
-#include <QDialog>
+#include "reports/common/u_accountpicker.h"
 
-class TfrmConta_select : public QDialog {
+class TfrmConta_select : public TAccountPicker {
     Q_OBJECT
 public:
     explicit TfrmConta_select(QWidget *parent = nullptr);
+    db::Query *dsConta = nullptr;
+    static const char *sql();
 };
 
 extern TfrmConta_select *frmConta_select;

@@ -2,9 +2,24 @@
 
 TfrmConts_select *frmConts_select = nullptr;
 
-TfrmConts_select::TfrmConts_select(QWidget *parent) : QDialog(parent)
+namespace {
+const char kContsSql[] =
+    "select *\n"
+    "from conts\n"
+    "where not discontinued \n"
+    "order by conts\n"
+    "         \n"
+    ";";
+}
+
+const char *TfrmConts_select::sql()
 {
-    setObjectName(QStringLiteral("frmConts_select"));
-    setWindowTitle(QStringLiteral("frmConts_select"));
-    resize(420, 360);
+    return kContsSql;
+}
+
+TfrmConts_select::TfrmConts_select(QWidget *parent)
+    : TAccountPicker(QStringLiteral("frmConts_select"), QStringLiteral("dsConts"), kContsSql,
+                     {QStringLiteral("conts"), QStringLiteral("den_conts")}, parent)
+{
+    dsConts = pickerQuery();
 }

@@ -1,13 +1,16 @@
 #pragma once
-// Stand-in for the form until its own unit is written: it exists with its
-// caption so the program can create and show it.
+// Pick list of the synthetic accounts (conts not retired). Modal; "OK" closes
+// it with the OK result and the caller reads conts from dsConts's current row.
+// Every showing re-reads the list, keeping the filter row and the position.
 
-#include <QDialog>
+#include "reports/common/u_accountpicker.h"
 
-class TfrmConts_select : public QDialog {
+class TfrmConts_select : public TAccountPicker {
     Q_OBJECT
 public:
     explicit TfrmConts_select(QWidget *parent = nullptr);
+    db::Query *dsConts = nullptr;
+    static const char *sql();
 };
 
 extern TfrmConts_select *frmConts_select;

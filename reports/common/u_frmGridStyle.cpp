@@ -1,10 +1,297 @@
 #include "reports/common/u_frmGridStyle.h"
 
+#include "app/u_dmQuarv.h"
+#include "reports/common/u_reportdesc.h"
+#include "ui/core/u_gridlayout.h"
+#include "ui/u_grid.h"
+#include "ui/u_messages.h"
+#include "ui/u_waitcursor.h"
+
+#include <QBoxLayout>
+#include <QButtonGroup>
+#include <QCloseEvent>
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSaveFile>
+#include <QScreen>
+#include <QShowEvent>
+
 TfrmGridStyle *frmGridStyle = nullptr;
+
+namespace {
+
+const char kStyleSql[] =
+    "select grid_name,\n"
+    "       style_name,\n"
+    "       data_creare,\n"
+    "       emitent,\n"
+    "       grid_style_string,\n"
+    "       discontinued,\n"
+    "       grid_style_bytea,\n"
+    "       grid_Style_lo\n"
+    "from grid_style \n"
+    "where grid_name = :pGrid \n"
+    "order by style_name\n"
+    ";";
+
+QString sessionIssuer()
+{
+    return dmQuarv ? dmQuarv->emitent : QString();
+}
+
+// Only the issuer who created a row may change or delete it (values compared
+// as they are: a row without an issuer belongs to nobody who can sign in).
+void requireOwner(const db::DataSet &ds, const QString &message)
+{
+    if (ds.fieldValue(QStringLiteral("emitent")) != QVariant(sessionIssuer()))
+        throw QuarvError(message);
+}
+
+} // namespace
+
+const char *TfrmGridStyle::sql()
+{
+    return kStyleSql;
+}
+
+QString TfrmGridStyle::layoutFilePath()
+{
+    return rep::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), QStringLiteral("\\grid.ini"));
+}
 
 TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("frmGridStyle"));
     setWindowTitle(QStringLiteral("frmGridStyle"));
-    resize(420, 360);
+    setModal(false);
+    resize(560, 380);
+
+    ds_style = new db::Query(this);
+    ds_style->setObjectName(QStringLiteral("ds_style"));
+    ds_style->setSql(QString::fromUtf8(kStyleSql));
+    ds_style->setUpdateTable(QStringLiteral("grid_style"));
+    ds_style->setDeferredBlobs(true);
+    ds_style->onNewRecord = [this](db::DataSet &ds) {
+        ds.setFieldValue(QStringLiteral("grid_name"), styleKey);
+        ds.setFieldValue(QStringLiteral("data_creare"), QDate::currentDate());
+        ds.setFieldValue(QStringLiteral("emitent"), sessionIssuer());
+    };
+    ds_style->beforePost = [](db::DataSet &ds) {
+        requireOwner(ds, QStringLiteral("Nu puteti modifica o inregistare creata de alt emitent!"));
+    };
+    ds_style->beforeDelete = [](db::DataSet &ds) {
+        requireOwner(ds, QStringLiteral("Nu puteti sterge o inregistare creata de alt emitent!"));
+    };
+
+    auto *outer = new QVBoxLayout(this);
+
+    auto *keyRow = new QHBoxLayout;
+    lblGrid = new QLabel(QStringLiteral("Grid"), this);
+    lblGrid->setObjectName(QStringLiteral("lblGrid"));
+    lblGridName = new QLabel(this);
+    lblGridName->setObjectName(QStringLiteral("lblGridName"));
+    QFont bf = lblGridName->font();
+    bf.setBold(true);
+    lblGridName->setFont(bf);
+    lblGrid->setBuddy(lblGridName);
+    keyRow->addWidget(lblGrid);
+    keyRow->addWidget(lblGridName, 1);
+    outer->addLayout(keyRow);
+
+    cxGrid1 = new ui::Grid(this);
+    cxGrid1->setObjectName(QStringLiteral("cxGrid1"));
+    cxGrid1DBTableView1 = cxGrid1->view();
+    cxGrid1DBTableView1->setObjectName(QStringLiteral("cxGrid1DBTableView1"));
+    ui::GridModel *m = cxGrid1DBTableView1->model();
+    m->addColumn(QStringLiteral("style_name"), {}, 200);
+    m->addColumn(QStringLiteral("data_creare"), {}, 80);
+    m->addColumn(QStringLiteral("emitent"), {}, 100);
+    m->addColumn(QStringLiteral("discontinued"), QStringLiteral("inactiv"), 50);
+    m->setColumnVisible(m->addColumn(QStringLiteral("grid_name"), {}, 100), false);
+    m->setColumnVisible(m->addColumn(QStringLiteral("grid_style_string"), {}, 100), false);
+    cxGrid1DBTableView1->setColumnEditable(QStringLiteral("style_name"), true);
+    cxGrid1DBTableView1->setColumnEditable(QStringLiteral("discontinued"), true);
+    cxGrid1DBTableView1->setIndicatorVisible(true);
+    cxGrid1DBTableView1->setGroupByBoxVisible(false);
+    cxGrid1DBTableView1->setFilterRowVisible(false);
+    cxGrid1DBTableView1->setFooterVisible(false);
+    cxGrid1DBTableView1->setGroupFootersVisible(false);
+    if (dmQuarv)
+        cxGrid1DBTableView1->setGridStyleSheet(dmQuarv->StandardQUARV());
+    cxGrid1DBTableView1->setDataSet(ds_style);
+    cxGrid1->setNavigatorVisible(true);
+    ui::GridNavigator *nav = cxGrid1->navigator();
+    for (auto b : {ui::GridNavigator::Insert, ui::GridNavigator::Delete, ui::GridNavigator::Cancel})
+        nav->setButtonVisible(b, true);
+    // Rows are posted by leaving them or by "Salveaza".
+    nav->setButtonVisible(ui::GridNavigator::Post, false);
+    nav->setButtonEnabled(ui::GridNavigator::Post, false);
+    outer->addWidget(cxGrid1, 1);
+
+    auto *bottom = new QHBoxLayout;
+    rgFiltru = new QGroupBox(QStringLiteral(" Filtru "), this);
+    rgFiltru->setObjectName(QStringLiteral("rgFiltru"));
+    auto *rl = new QHBoxLayout(rgFiltru);
+    m_filterGroup = new QButtonGroup(this);
+    const QStringList items{QStringLiteral("active"), QStringLiteral("inactive"), QStringLiteral("toate")};
+    for (int i = 0; i < items.size(); ++i) {
+        auto *rb = new QRadioButton(items[i], rgFiltru);
+        rb->setObjectName(QStringLiteral("rgFiltru%1").arg(i));
+        m_filterGroup->addButton(rb, i);
+        rl->addWidget(rb);
+    }
+    m_filterGroup->button(2)->setChecked(true);
+    connect(m_filterGroup, &QButtonGroup::idClicked, this, [this] { ui::guarded([this] { rgFiltruClick(); }); });
+    bottom->addWidget(rgFiltru);
+    bottom->addStretch(1);
+
+    btnSalveaza = new QPushButton(QStringLiteral("Salveaza"), this);
+    btnSalveaza->setObjectName(QStringLiteral("btnSalveaza"));
+    btnRestaureaza = new QPushButton(QStringLiteral("Restaureaza"), this);
+    btnRestaureaza->setObjectName(QStringLiteral("btnRestaureaza"));
+    btnSalveaza->setAutoDefault(false);
+    btnRestaureaza->setAutoDefault(false);
+    connect(btnSalveaza, &QPushButton::clicked, this, [this] { ui::guarded([this] { btnSalveazaClick(); }); });
+    connect(btnRestaureaza, &QPushButton::clicked, this, [this] { ui::guarded([this] { btnRestaureazaClick(); }); });
+    bottom->addWidget(btnSalveaza);
+    bottom->addWidget(btnRestaureaza);
+    outer->addLayout(bottom);
+}
+
+TfrmGridStyle::~TfrmGridStyle() = default;
+
+ui::GridModel *TfrmGridStyle::stylesView() const
+{
+    return cxGrid1DBTableView1->model();
+}
+
+ui::GridNavigator *TfrmGridStyle::navigator() const
+{
+    return cxGrid1->navigator();
+}
+
+// ----- show and close
+
+void TfrmGridStyle::FormShow()
+{
+    if (dmQuarv && !ds_style->connection())
+        ds_style->setConnection(dmQuarv->pgConn);
+    if (ds_style->isActive())
+        ds_style->close();
+    ds_style->setParam(QStringLiteral("pGrid"), styleKey);
+    lblGridName->setText(styleKey);
+    ds_style->open();
+}
+
+void TfrmGridStyle::FormClose()
+{
+    if (!ds_style->isActive())
+        return;
+    if (ds_style->isEditing() && ds_style->isModified()) {
+        // The row typed last is kept when it may be; a refusal is shown and the edit dropped.
+        ui::guarded([this] { ds_style->post(); });
+    }
+    ds_style->close();
+}
+
+void TfrmGridStyle::showEvent(QShowEvent *e)
+{
+    QDialog::showEvent(e);
+    if (!e->spontaneous())
+        ui::guarded([this] { FormShow(); });
+}
+
+void TfrmGridStyle::closeEvent(QCloseEvent *e)
+{
+    FormClose();
+    QDialog::closeEvent(e);
+}
+
+// ----- filter by state
+
+int TfrmGridStyle::filterIndex() const
+{
+    return m_filterGroup->checkedId();
+}
+
+void TfrmGridStyle::setFilterIndex(int index)
+{
+    if (QAbstractButton *b = m_filterGroup->button(index)) {
+        b->setChecked(true);
+        rgFiltruClick();
+    }
+}
+
+void TfrmGridStyle::rgFiltruClick()
+{
+    ui::GridModel *m = stylesView();
+    m->clearProgramFilter();
+    switch (filterIndex()) {
+    case 0:
+        m->addFilterCondition(QStringLiteral("discontinued"), QStringLiteral("False"));
+        m->setProgramFilterActive(true);
+        break;
+    case 1:
+        m->addFilterCondition(QStringLiteral("discontinued"), QStringLiteral("True"));
+        m->setProgramFilterActive(true);
+        break;
+    default:
+        m->setProgramFilterActive(false);
+        break;
+    }
+}
+
+// ----- save and restore
+
+namespace {
+
+ui::GridModel &requireTarget(const QPointer<ui::GridModel> &v)
+{
+    if (!v)
+        throw QuarvError(QStringLiteral("Nu este ales niciun grid: deschideti acest formular din butonul raportului."));
+    return *v;
+}
+
+} // namespace
+
+void TfrmGridStyle::btnSalveazaClick()
+{
+    const QString path = layoutFilePath();
+    ui::GridModel &target = requireTarget(targetView);
+    if (!ds_style->isActive())
+        FormShow();
+    ui::WaitCursor busy;
+    ui::saveGridLayoutToFile(target, path);
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        throw QuarvError(QStringLiteral("Nu se poate citi fisierul %1: %2").arg(path, f.errorString()));
+    const QByteArray layout = f.readAll();
+    f.close();
+
+    ds_style->edit(); // an empty list starts a new row (grid_name, data_creare, emitent filled)
+    ds_style->setFieldValue(QStringLiteral("grid_style_string"), QStringLiteral(" "));
+    ds_style->setFieldValue(QStringLiteral("discontinued"), false); // saving un-retires
+    ds_style->setFieldValue(QStringLiteral("grid_style_bytea"), layout);
+    ds_style->post();
+}
+
+void TfrmGridStyle::btnRestaureazaClick()
+{
+    const QString path = layoutFilePath();
+    ui::GridModel &target = requireTarget(targetView);
+    const QVariant v = ds_style->isActive() ? ds_style->fieldValue(QStringLiteral("grid_style_bytea")) : QVariant();
+    QSaveFile f(path);
+    if (!f.open(QIODevice::WriteOnly))
+        throw QuarvError(QStringLiteral("Nu se poate scrie fisierul %1: %2").arg(path, f.errorString()));
+    f.write(v.toByteArray());
+    if (!f.commit())
+        throw QuarvError(QStringLiteral("Nu se poate scrie fisierul %1: %2").arg(path, f.errorString()));
+
+    ui::WaitCursor busy;
+    // An empty layout keeps the view as it is; a damaged one is refused whole
+    // with a text naming what is wrong, and the view stays as it was.
+    ui::restoreGridLayoutFromFile(target, path);
 }

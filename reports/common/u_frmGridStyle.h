@@ -1,13 +1,65 @@
 #pragma once
-// Stand-in for the form until its own unit is written: it exists with its
-// caption so the program can create and show it.
+// The grid style manager: named layouts of a report grid kept in grid_style
+// under the grid's style key. One instance, retargeted by each report's style
+// button (styleKey and targetView, then shown modelessly); the list is read
+// when the dialog is shown and closed with it. Only the issuer who created a
+// style may change or delete it; every style is restorable.
+
+#include "db/u_query.h"
+#include "ui/core/u_gridmodel.h"
 
 #include <QDialog>
+#include <QPointer>
+
+class QButtonGroup;
+class QGroupBox;
+class QLabel;
+class QPushButton;
+class QRadioButton;
+
+namespace ui { class Grid; class GridNavigator; class GridTableView; }
 
 class TfrmGridStyle : public QDialog {
     Q_OBJECT
 public:
     explicit TfrmGridStyle(QWidget *parent = nullptr);
+    ~TfrmGridStyle() override;
+
+    // Set by the caller before showing.
+    QString styleKey;                  // grid_name listed and stamped on new rows
+    QPointer<ui::GridModel> targetView; // the report grid's table view
+
+    // Components.
+    db::Query *ds_style = nullptr;     // editable over grid_style, deferred blobs
+    ui::Grid *cxGrid1 = nullptr;
+    ui::GridTableView *cxGrid1DBTableView1 = nullptr; // the styles list
+    ui::GridModel *stylesView() const;                 // its logic
+    ui::GridNavigator *navigator() const;              // Post hidden and disabled
+    QLabel *lblGrid = nullptr;         // "Grid"
+    QLabel *lblGridName = nullptr;     // the style key
+    QGroupBox *rgFiltru = nullptr;     // " Filtru ": active / inactive / toate
+    QPushButton *btnSalveaza = nullptr;
+    QPushButton *btnRestaureaza = nullptr;
+
+    static const char *sql();          // ds_style's statement, verbatim
+    // caleDocumente + "\grid.ini" (the backslash is the separator outside Windows).
+    static QString layoutFilePath();
+
+    // Handlers (throwing; the buttons run them under the default error report).
+    void FormShow();
+    void FormClose();
+    void btnSalveazaClick();
+    void btnRestaureazaClick();
+    int filterIndex() const;
+    void setFilterIndex(int index);    // 0 active, 1 inactive, 2 toate (as a click)
+    void rgFiltruClick();
+
+protected:
+    void showEvent(QShowEvent *e) override;
+    void closeEvent(QCloseEvent *e) override;
+
+private:
+    QButtonGroup *m_filterGroup = nullptr;
 };
 
 extern TfrmGridStyle *frmGridStyle;

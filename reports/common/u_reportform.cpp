@@ -1,0 +1,556 @@
+#include "reports/common/u_reportform.h"
+
+#include "app/u_dmQuarv.h"
+#include "db/u_textmover.h"
+#include "reports/common/u_frmGridStyle.h"
+#include "reports/common/u_wrapbutton.h"
+#include "ui/core/u_gridexport.h"
+#include "ui/u_buttonedit.h"
+#include "ui/u_dateedit.h"
+#include "ui/u_filedialog.h"
+#include "ui/u_grid.h"
+#include "ui/u_messages.h"
+#include "ui/u_platform.h"
+#include "ui/u_waitcursor.h"
+
+#include <QBoxLayout>
+#include <QCloseEvent>
+#include <QDir>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QStatusBar>
+
+#include <optional>
+
+namespace rep {
+
+QDate convertDate(const QDate &d, DateConv conv)
+{
+    if (!d.isValid())
+        return {};
+    switch (conv) {
+    case DateConv::AsIs: return d;
+    case DateConv::MonthStart: return QDate(d.year(), d.month(), 1);
+    case DateConv::MonthEnd: return QDate(d.year(), d.month(), d.daysInMonth());
+    }
+    return d;
+}
+
+QString documentsFile(const QString &folder, const QString &nameWithBackslash)
+{
+    QString name = nameWithBackslash;
+#ifndef Q_OS_WIN
+    // The forms name their files with a Windows separator; here it is the path separator.
+    if (name.startsWith(QLatin1Char('\\')))
+        name[0] = QLatin1Char('/');
+#endif
+    return folder + name;
+}
+
+} // namespace rep
+
+using rep::StepKind;
+
+TReportForm::TReportForm(rep::ReportDesc desc, QWidget *parent) : QWidget(parent), m_desc(std::move(desc))
+{
+    setObjectName(m_desc.formName);
+    setWindowTitle(m_desc.formName);
+    resize(m_desc.size);
+
+    m_query = new db::Query(this);
+    m_query->setObjectName(m_desc.queryName);
+    m_query->setSql(m_desc.sql);
+    if (dmQuarv)
+        m_query->setConnection(dmQuarv->pgConn);
+
+    if (!m_desc.ownDataListSql.isEmpty()) {
+        m_ownDataList = new db::Query(this);
+        m_ownDataList->setObjectName(QStringLiteral("dsDataList"));
+        m_ownDataList->setSql(m_desc.ownDataListSql);
+        m_ownDataList->setUpdateTable(QStringLiteral("data_list"));
+        if (dmQuarv)
+            m_ownDataList->setConnection(dmQuarv->pgConn);
+    }
+
+    buildForm();
+}
+
+TReportForm::~TReportForm() = default;
+
+void TReportForm::buildForm()
+{
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(6, 6, 6, 0);
+    outer->setSpacing(4);
+
+    // ----- parameter strip: title, editors, "Cauta" ... style button at the right
+    auto *top = new QHBoxLayout;
+    top->setSpacing(8);
+    outer->addLayout(top);
+
+    m_title = new QLabel(m_desc.title, this);
+    m_title->setObjectName(m_desc.titleObjectName);
+    QFont tf = m_title->font();
+    tf.setBold(true);
+    tf.setPointSize(tf.pointSize() + 2);
+    m_title->setFont(tf);
+    top->addWidget(m_title);
+    top->addSpacing(12);
+
+    QWidget *editorHost = this;
+    m_strip = new QHBoxLayout;
+    m_strip->setSpacing(6);
+    if (!m_desc.paramGroupTitle.isEmpty()) {
+        auto *box = new QGroupBox(m_desc.paramGroupTitle, this);
+        box->setObjectName(QStringLiteral("cxGroupBox1"));
+        box->setLayout(m_strip);
+        top->addWidget(box);
+        editorHost = box;
+    } else {
+        top->addLayout(m_strip);
+    }
+
+    for (const rep::EditorDesc &e : std::as_const(m_desc.editors)) {
+        QWidget *w = nullptr;
+        switch (e.kind) {
+        case rep::EditorKind::Date: w = new ui::DateEdit(editorHost); break;
+        case rep::EditorKind::ButtonEdit: w = new ui::ButtonEdit(editorHost); break;
+        case rep::EditorKind::Text: w = new QLineEdit(editorHost); break;
+        }
+        w->setObjectName(e.objectName);
+        if (e.width > 0)
+            w->setFixedWidth(e.width);
+        if (!e.label.isEmpty()) {
+            auto *lbl = new QLabel(e.label, editorHost);
+            lbl->setObjectName(QStringLiteral("lbl") + e.objectName);
+            lbl->setBuddy(w);
+            w->setAccessibleName(e.label);
+            m_strip->addWidget(lbl);
+        }
+        m_strip->addWidget(w);
+        m_editors.append(w);
+        wireEditor(e, w);
+    }
+
+    m_run = new QPushButton(m_desc.runCaption, editorHost);
+    m_run->setObjectName(m_desc.runButtonName);
+    m_run->setAccessibleName(m_desc.runCaption);
+    if (m_desc.runButtonBold) {
+        QFont bf = m_run->font();
+        bf.setBold(true);
+        m_run->setFont(bf);
+    }
+    m_strip->addWidget(m_run);
+    connect(m_run, &QPushButton::clicked, this, [this] { ui::guarded([this] { Cauta(); }); });
+    top->addStretch(1);
+
+    if (!m_desc.styleKey.isEmpty()) {
+        auto *b = new WrapButton(QStringLiteral("Salvare/Restaurare Mod Prezentare Grid"), this);
+        b->setObjectName(m_desc.styleButtonName);
+        const int row = b->fontMetrics().height() + 6;
+        b->setFixedSize(150, 2 * row + 6); // as tall as two rows of text
+        top->addWidget(b, 0, Qt::AlignTop | Qt::AlignRight);
+        m_style = b;
+        connect(b, &QPushButton::clicked, this, [this] { ui::guarded([this] { styleButtonClick(); }); });
+    }
+
+    // ----- the grid fills the form
+    buildGrid();
+    outer->addWidget(m_grid, 1);
+
+    // ----- export buttons at the bottom left
+    if (!m_desc.exports.isEmpty()) {
+        auto *bottom = new QHBoxLayout;
+        for (const rep::ExportDesc &e : std::as_const(m_desc.exports)) {
+            auto *b = new QPushButton(e.caption, this);
+            b->setObjectName(e.objectName);
+            b->setAccessibleName(e.caption);
+            b->setProperty("exportVariant", QChar::fromLatin1(e.variant));
+            bottom->addWidget(b);
+            m_exports.append(b);
+            const char v = e.variant;
+            connect(b, &QPushButton::clicked, this, [this, v] { ui::guarded([this, v] { exportVariant(v); }); });
+        }
+        bottom->addStretch(1);
+        outer->addLayout(bottom);
+    }
+
+    if (m_desc.statusBar) {
+        m_statusBar = new QStatusBar(this);
+        m_statusBar->setObjectName(QStringLiteral("StatusBar1"));
+        m_statusBar->setSizeGripEnabled(false);
+        outer->addWidget(m_statusBar);
+    } else {
+        outer->addSpacing(4);
+    }
+}
+
+void TReportForm::buildGrid()
+{
+    m_grid = new ui::Grid(this);
+    m_grid->setObjectName(QStringLiteral("cxGrid1"));
+    m_gridView = m_grid->view();
+    m_gridView->setObjectName(QStringLiteral("cxGrid1DBTableView1"));
+    m_view = m_gridView->model();
+
+    const rep::GridOptions &o = m_desc.grid;
+    m_gridView->setFilterRowVisible(o.filterRow);
+    m_gridView->setFooterVisible(o.footer);
+    m_gridView->setGroupFootersVisible(o.groupFooters);
+    m_gridView->setGroupByBoxVisible(o.groupByBox);
+    m_gridView->setIndicatorVisible(o.indicator);
+    m_grid->setNavigatorVisible(true);
+    if (dmQuarv)
+        m_gridView->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
+
+    for (const rep::ColumnDesc &c : std::as_const(m_desc.columns)) {
+        const int col = m_view->addColumn(c.field, c.caption, c.width);
+        if (col < 0)
+            continue;
+        if (!c.visible)
+            m_view->setColumnVisible(col, false);
+        if (!c.displayFormat.isEmpty())
+            m_view->setColumnDisplayFormat(col, c.displayFormat);
+    }
+    m_view->setFooterSummaries(m_desc.footerSummaries);
+    m_view->setGroupSummaries(m_desc.groupSummaries);
+    m_gridView->setDataSet(m_query);
+}
+
+void TReportForm::wireEditor(const rep::EditorDesc &e, QWidget *w)
+{
+    auto *de = qobject_cast<ui::DateEdit *>(w);
+    if (!de)
+        return;
+    switch (e.snap) {
+    case rep::DateSnap::None: break;
+    case rep::DateSnap::MonthStartOnChange:
+    case rep::DateSnap::MonthEndOnChange: {
+        const rep::DateConv conv = e.snap == rep::DateSnap::MonthStartOnChange ? rep::DateConv::MonthStart
+                                                                               : rep::DateConv::MonthEnd;
+        // Setting the snapped value changes it once more, to the same day: that ends it.
+        connect(de, &ui::DateEdit::valueChanged, this, [de, conv](const QDate &d) {
+            if (!d.isNull())
+                de->setDate(rep::convertDate(d, conv));
+        });
+        break;
+    }
+    case rep::DateSnap::MonthStartOnExit:
+    case rep::DateSnap::MonthEndOnExit: {
+        const rep::DateConv conv = e.snap == rep::DateSnap::MonthStartOnExit ? rep::DateConv::MonthStart
+                                                                             : rep::DateConv::MonthEnd;
+        connect(de, &ui::DateEdit::exited, this, [de, conv] {
+            if (!de->isEmpty())
+                de->setDate(rep::convertDate(de->date(), conv));
+        });
+        break;
+    }
+    }
+}
+
+// ----- components
+
+QWidget *TReportForm::editor(const QString &objectName) const
+{
+    for (QWidget *w : m_editors)
+        if (w->objectName() == objectName)
+            return w;
+    return nullptr;
+}
+
+ui::DateEdit *TReportForm::dateEdit(const QString &objectName) const
+{
+    return qobject_cast<ui::DateEdit *>(editor(objectName));
+}
+
+ui::ButtonEdit *TReportForm::buttonEdit(const QString &objectName) const
+{
+    return qobject_cast<ui::ButtonEdit *>(editor(objectName));
+}
+
+QString TReportForm::editorText(const QString &objectName) const
+{
+    if (auto *le = qobject_cast<QLineEdit *>(editor(objectName)))
+        return le->text();
+    return {};
+}
+
+QDate TReportForm::editorDate(const QString &objectName) const
+{
+    if (auto *de = dateEdit(objectName))
+        return de->date();
+    return {};
+}
+
+QPushButton *TReportForm::exportButton(char variant) const
+{
+    for (QPushButton *b : m_exports)
+        if (b->property("exportVariant").toChar() == QChar::fromLatin1(variant))
+            return b;
+    return nullptr;
+}
+
+QString TReportForm::statusText() const
+{
+    return m_statusBar ? m_statusBar->currentMessage() : QString();
+}
+
+void TReportForm::setStatusText(const QString &text)
+{
+    if (!m_statusBar)
+        return;
+    if (text.isEmpty())
+        m_statusBar->clearMessage();
+    else
+        m_statusBar->showMessage(text);
+}
+
+// ----- run
+
+void TReportForm::Cauta()
+{
+    if (m_query->connection() == nullptr && dmQuarv)
+        m_query->setConnection(dmQuarv->pgConn);
+    if (m_ownDataList && m_ownDataList->connection() == nullptr && dmQuarv)
+        m_ownDataList->setConnection(dmQuarv->pgConn);
+
+    QList<rep::RunStep> steps = m_desc.steps;
+    if (steps.isEmpty()) {
+        // The common run: both dates required, the period bound as parameters.
+        QStringList dates;
+        for (const rep::EditorDesc &e : std::as_const(m_desc.editors))
+            if (e.kind == rep::EditorKind::Date)
+                dates << e.objectName;
+        steps << rep::RunStep::checkFilled(dates, QStringLiteral("Alegeti Perioada Dorita!"))
+              << rep::RunStep::closeQuery() << rep::RunStep::setParams() << rep::RunStep::openQuery();
+    }
+
+    // Set by a BusyCursor step; its destructor puts the default cursor back
+    // on every way out of the run, errors included.
+    std::optional<ui::WaitCursor> busy;
+    for (const rep::RunStep &s : std::as_const(steps)) {
+        if (s.kind == StepKind::BusyCursor) {
+            if (!busy) {
+                busy.emplace();
+                repaint();
+            }
+            continue;
+        }
+        if (s.kind == StepKind::CheckSameMonth && !sameMonth(editorDate(s.editors.value(0)),
+                                                             editorDate(s.editors.value(1)))) {
+            if (s.informOnly) {
+                ui::messages().information(s.message, this);
+                return;
+            }
+            throw QuarvError(s.message);
+        }
+        runStep(s);
+    }
+}
+
+bool TReportForm::sameMonth(const QDate &a, const QDate &b) const
+{
+    // An empty editor counts as month 0 of year 0.
+    const int ma = a.isValid() ? a.month() : 0, mb = b.isValid() ? b.month() : 0;
+    const int ya = a.isValid() ? a.year() : 0, yb = b.isValid() ? b.year() : 0;
+    return ma == mb && ya == yb;
+}
+
+void TReportForm::runStep(const rep::RunStep &s)
+{
+    switch (s.kind) {
+    case StepKind::CheckFilled:
+        for (const QString &name : s.editors) {
+            QWidget *w = editor(name);
+            const bool empty = qobject_cast<ui::DateEdit *>(w) ? static_cast<ui::DateEdit *>(w)->isEmpty()
+                                                               : editorText(name).isEmpty();
+            if (empty)
+                throw QuarvError(s.message);
+        }
+        break;
+    case StepKind::CheckSameMonth:
+        if (!sameMonth(editorDate(s.editors.value(0)), editorDate(s.editors.value(1))))
+            throw QuarvError(s.message);
+        break;
+    case StepKind::BusyCursor: {
+        // Outside Cauta a busy step has no run to span; it only repaints.
+        repaint();
+        break;
+    }
+    case StepKind::CloseQuery:
+        m_query->close();
+        break;
+    case StepKind::SetParams:
+        setParamsFromEditors();
+        break;
+    case StepKind::PostPeriodRow:
+        writePeriodRow(periodRow(s.source), rep::convertDate(editorDate(s.editors.value(0)), s.startConv),
+                       rep::convertDate(editorDate(s.editors.value(1)), s.endConv), s.closeAfter);
+        break;
+    case StepKind::OpenQuery:
+        if (!m_query->isActive())
+            m_query->open();
+        break;
+    case StepKind::OpenOrRefresh:
+        if (m_query->isActive())
+            m_query->refresh();
+        else
+            m_query->open();
+        break;
+    case StepKind::Custom:
+        runCustomStep(s.name);
+        break;
+    }
+}
+
+void TReportForm::setParamsFromEditors()
+{
+    for (const rep::ParamBinding &b : std::as_const(m_desc.params)) {
+        QWidget *w = editor(b.editor);
+        if (auto *de = qobject_cast<ui::DateEdit *>(w)) {
+            const QDate d = rep::convertDate(de->date(), b.conv);
+            m_query->setParam(b.param, d.isValid() ? QVariant(d) : QVariant());
+        } else {
+            m_query->setParam(b.param, editorText(b.editor));
+        }
+    }
+}
+
+void TReportForm::writePeriodRow(db::Query &periodRow, const QDate &start, const QDate &end, bool closeAfter)
+{
+    if (periodRow.isEditing())
+        periodRow.cancel(); // a post refused by an earlier run; this run writes the period anew
+    if (periodRow.isActive())
+        periodRow.refresh();
+    else
+        periodRow.open();
+    periodRow.edit(); // an empty table gets its row here
+    periodRow.setFieldValue(QStringLiteral("data_incep"), start.isValid() ? QVariant(start) : QVariant());
+    periodRow.setFieldValue(QStringLiteral("data_sf"), end.isValid() ? QVariant(end) : QVariant());
+    periodRow.post();
+    if (closeAfter)
+        periodRow.close();
+}
+
+db::Query &TReportForm::periodRow(rep::PeriodSource source) const
+{
+    if (source == rep::PeriodSource::Own) {
+        if (!m_ownDataList)
+            throw QuarvError(QStringLiteral("Formularul %1 nu are perioada proprie (dsDataList).").arg(objectName()));
+        return *m_ownDataList;
+    }
+    if (!dmQuarv || !dmQuarv->dsDataList)
+        throw QuarvError(QStringLiteral("Modulul de date dmQuarv nu exista."));
+    return *dmQuarv->dsDataList;
+}
+
+void TReportForm::runCustomStep(const QString &name)
+{
+    throw QuarvError(QStringLiteral("Pasul \"%1\" nu este definit in %2.").arg(name, objectName()));
+}
+
+// ----- exports
+
+QString TReportForm::proposedFileName(const QString &fileName) const
+{
+    return rep::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), fileName);
+}
+
+void TReportForm::exportVariant(char variant)
+{
+    for (const rep::ExportDesc &e : std::as_const(m_desc.exports))
+        if (e.variant == variant)
+            return doExport(e);
+    throw QuarvError(QStringLiteral("Formularul %1 nu are exportul %2.").arg(objectName(), QChar::fromLatin1(variant)));
+}
+
+void TReportForm::doExport(const rep::ExportDesc &e)
+{
+    // All the query's data needs a query that ran; before the first "Cauta"
+    // there is nothing to move and no parameters to open it with.
+    if (e.variant == 'B' && !m_query->isActive())
+        throw QuarvError(notRunText());
+
+    const QString filter = e.variant == 'D' ? QStringLiteral("*.xlsx") : QStringLiteral("*.csv");
+    const QString file = ui::fileDialog().saveFileName(filter, proposedFileName(e.fileName), this);
+    if (file.isEmpty())
+        return;
+
+    switch (e.variant) {
+    case 'A':
+        setStatusText(QString());
+        ui::exportGridCsv(*m_view, file, ui::platform::listSeparator());
+        setStatusText(file);
+        ui::messages().information(QStringLiteral("ok"), this);
+        break;
+    case 'B':
+        setStatusText(QString());
+        db::moveToText(*m_query, file, ui::platform::listSeparator());
+        setStatusText(file);
+        ui::messages().information(QStringLiteral("ok"), this);
+        break;
+    case 'C':
+        ui::exportGridText(*m_view, file);
+        break;
+    case 'D':
+        ui::exportGridXlsx(*m_view, file);
+        break;
+    case 'E':
+        ui::exportGridCsv(*m_view, file, ui::platform::listSeparator());
+        setStatusText(QStringLiteral("fisier exportat: ") + file);
+        break;
+    default:
+        throw QuarvError(QStringLiteral("Export necunoscut: %1").arg(QChar::fromLatin1(e.variant)));
+    }
+}
+
+// ----- style button
+
+void TReportForm::styleButtonClick()
+{
+    if (!frmGridStyle)
+        frmGridStyle = new TfrmGridStyle(); // a safeguard: start-up creates it
+    frmGridStyle->styleKey = m_desc.styleKey;
+    frmGridStyle->targetView = m_view;
+    if (frmGridStyle->isVisible())
+        frmGridStyle->FormShow(); // retargeted while open: the list follows the new key
+    frmGridStyle->show();
+    frmGridStyle->raise();
+    frmGridStyle->activateWindow();
+}
+
+// ----- show and close
+
+void TReportForm::FormShow()
+{
+    const QDate today = QDate::currentDate();
+    for (const rep::EditorDesc &e : std::as_const(m_desc.editors)) {
+        ui::DateEdit *de = dateEdit(e.objectName);
+        if (!de)
+            continue;
+        if (e.onShow == rep::DateOnShow::CurrentMonthStart)
+            de->setDate(rep::convertDate(today, rep::DateConv::MonthStart));
+        else if (e.onShow == rep::DateOnShow::CurrentMonthEnd)
+            de->setDate(rep::convertDate(today, rep::DateConv::MonthEnd));
+    }
+}
+
+void TReportForm::FormClose()
+{
+    if (m_desc.closeQueryOnClose)
+        m_query->close();
+}
+
+void TReportForm::showEvent(QShowEvent *e)
+{
+    QWidget::showEvent(e);
+    if (!e->spontaneous())
+        ui::guarded([this] { FormShow(); });
+}
+
+void TReportForm::closeEvent(QCloseEvent *e)
+{
+    ui::guarded([this] { FormClose(); });
+    QWidget::closeEvent(e);
+}

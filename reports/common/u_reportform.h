@@ -1,0 +1,118 @@
+#pragma once
+// The frame every analysis form shares, built from its ReportDesc: the
+// parameter strip (bold title, editors, "Cauta"), the style button at the top
+// right, the grid cxGrid1 with its table view cxGrid1DBTableView1 filling the
+// form, the export buttons at the bottom left, the optional one-panel status
+// bar StatusBar1, the save dialog SaveDialog1 (the file-dialog service) and
+// the grid's popup menu.
+//
+// A report unit subclasses it only to hand over its description and for what
+// is truly its own (a picker behind an editor's button, a custom run step).
+//
+// Handlers that throw (Cauta, exportVariant, ...) are what tests call
+// directly; the buttons run them under the default error report.
+
+#include "reports/common/u_reportdesc.h"
+
+#include "db/u_query.h"
+#include "ui/core/u_gridmodel.h"
+
+#include <QPointer>
+#include <QWidget>
+
+class QBoxLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QStatusBar;
+
+namespace ui {
+class DateEdit;
+class ButtonEdit;
+class Grid;
+class GridTableView;
+}
+
+class TReportForm : public QWidget {
+    Q_OBJECT
+public:
+    explicit TReportForm(rep::ReportDesc desc, QWidget *parent = nullptr);
+    ~TReportForm() override;
+
+    const rep::ReportDesc &desc() const { return m_desc; }
+
+    // ----- components (also found by objectName)
+    QLabel *titleLabel() const { return m_title; }
+    QWidget *editor(const QString &objectName) const;        // nullptr when absent
+    ui::DateEdit *dateEdit(const QString &objectName) const;
+    ui::ButtonEdit *buttonEdit(const QString &objectName) const;
+    // Text of a text or button editor (trimmed of nothing: as typed).
+    QString editorText(const QString &objectName) const;
+    QDate editorDate(const QString &objectName) const;       // null when empty
+    QPushButton *runButton() const { return m_run; }
+    QPushButton *styleButton() const { return m_style; }     // nullptr without a style key
+    QPushButton *exportButton(char variant) const;           // nullptr when the form has none
+    db::Query *query() const { return m_query; }              // objectName desc().queryName
+    db::Query *ownDataList() const { return m_ownDataList; }  // nullptr unless the form has one
+    ui::Grid *grid() const { return m_grid; }                 // "cxGrid1"
+    ui::GridTableView *gridView() const { return m_gridView; } // "cxGrid1DBTableView1"
+    ui::GridModel *tableView() const { return m_view; }       // the table view's logic
+    QStatusBar *statusBar() const { return m_statusBar; }     // "StatusBar1" or nullptr
+    QString statusText() const;                                // "" without a status bar
+    void setStatusText(const QString &text);
+    // The strip's row, where a form adds widgets of its own.
+    QBoxLayout *paramStrip() const { return m_strip; }
+
+    // ----- run ("Cauta"): the description's steps in order
+    void Cauta();
+    void runStep(const rep::RunStep &step);
+    // The pieces the steps use, for forms with steps of their own.
+    void setParamsFromEditors();
+    // Period row: open or re-read, edit the current row (insert into an empty
+    // table), write data_incep/data_sf, post; optionally close again.
+    static void writePeriodRow(db::Query &periodRow, const QDate &start, const QDate &end, bool closeAfter);
+    db::Query &periodRow(rep::PeriodSource source) const;
+
+    // ----- exports ('A'..'E'); nothing happens when the dialog is cancelled.
+    void exportVariant(char variant);
+    // caleDocumente + the export's file name (backslash rule of rep::documentsFile).
+    QString proposedFileName(const QString &fileName) const;
+
+    // ----- style button: retarget the one style manager and show it modelessly.
+    void styleButtonClick();
+
+    // Variant B before any run: the query is closed and there is nothing to move.
+    static QString notRunText() { return QStringLiteral("Apasati intai Cauta!"); }
+
+protected:
+    // A step of kind Custom.
+    virtual void runCustomStep(const QString &name);
+    // Each time the form is shown / closed (hidden). The default applies the
+    // editors' DateOnShow values.
+    virtual void FormShow();
+    virtual void FormClose();
+
+    void showEvent(QShowEvent *e) override;
+    void closeEvent(QCloseEvent *e) override;
+
+private:
+    void buildForm();
+    void buildGrid();
+    void wireEditor(const rep::EditorDesc &e, QWidget *w);
+    void doExport(const rep::ExportDesc &e);
+    bool sameMonth(const QDate &a, const QDate &b) const;
+
+    rep::ReportDesc m_desc;
+    QLabel *m_title = nullptr;
+    QBoxLayout *m_strip = nullptr;
+    QPushButton *m_run = nullptr;
+    QPushButton *m_style = nullptr;
+    QList<QPushButton *> m_exports;
+    QList<QWidget *> m_editors;
+    db::Query *m_query = nullptr;
+    db::Query *m_ownDataList = nullptr;
+    ui::Grid *m_grid = nullptr;
+    ui::GridTableView *m_gridView = nullptr;
+    ui::GridModel *m_view = nullptr;
+    QStatusBar *m_statusBar = nullptr;
+};
