@@ -1,0 +1,579 @@
+// The grid's widgets, offscreen: header clicks and drags, the group-by box,
+// the filter row, the navigator, the header popup menu, the keyboard, in-place
+// editing of check boxes and text, the accessible table, the painted rows.
+
+#include "db/u_memtable.h"
+#include "ui/u_grid.h"
+#include "ui/u_gridstrips.h"
+#include "ui/u_messages.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QKeyEvent>
+#include <QCheckBox>
+#include <QDir>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+#include <QToolButton>
+
+using namespace ui;
+
+namespace {
+
+// cont, explicatie, data, valoare, inactiv
+std::unique_ptr<db::MemTable> makeTable()
+{
+    auto t = std::make_unique<db::MemTable>();
+    t->setFieldDefs({{QStringLiteral("cont"), db::FieldType::String, 20},
+                     {QStringLiteral("explicatie"), db::FieldType::Text},
+                     {QStringLiteral("data"), db::FieldType::Date},
+                     {QStringLiteral("valoare"), db::FieldType::Float},
+                     {QStringLiteral("inactiv"), db::FieldType::Bool}});
+    t->open();
+    const QDate d(2024, 3, 1);
+    t->appendRow({QStringLiteral("401"), QStringLiteral("plată furnizor"), d, 100.0, false});
+    t->appendRow({QStringLiteral("4111"), QStringLiteral("încasare"), d.addDays(1), 250.5, true});
+    t->appendRow({QStringLiteral("401"), QStringLiteral("Taxă şcolară"), d.addDays(2), -40.0, false});
+    t->appendRow({QStringLiteral("5121"), QStringLiteral("comision"), d.addDays(3), 7.25, false});
+    t->appendRow({QStringLiteral("4111"), QStringLiteral("Școala de vară"), d.addDays(4), 1000.0, true});
+    t->first();
+    return t;
+}
+
+struct Fixture {
+    std::unique_ptr<db::MemTable> table = makeTable();
+    Grid grid;
+    GridTableView *view = grid.view();
+    GridModel *m = view->model();
+
+    Fixture()
+    {
+        grid.setObjectName(QStringLiteral("cxGrid1"));
+        view->setObjectName(QStringLiteral("cxGrid1DBTableView1"));
+        view->setDataSet(table.get());
+        m->createDefaultColumns();
+        for (int c = 0; c < m->columnCount(); ++c)
+            m->setColumnWidth(c, 90);
+        m->setFooterSummaries({{QStringLiteral("valoare"), SummaryKind::Sum, QStringLiteral(",0.00;-,0.00")}});
+        m->setGroupSummaries({{QStringLiteral("valoare"), SummaryKind::Sum, QStringLiteral(",0.00;-,0.00")}});
+        m->setLocale(QLocale::c());
+        grid.resize(700, 420);
+        grid.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&grid));
+    }
+    QPoint headerCenter(const QString &field) const
+    {
+        return view->header()->sectionRect(m->columnIndex(field)).center();
+    }
+    QPoint cellCenter(qsizetype row, const QString &field) const
+    {
+        return view->cellRect(row, m->columnIndex(field)).center();
+    }
+    QString cellAt(qsizetype row, const QString &field) const { return m->cellText(row, m->columnIndex(field)); }
+};
+
+// Types text key by key, letters outside Latin-1 included.
+void typeText(QWidget *w, const QString &text)
+{
+    for (const QChar c : text) {
+        QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(c));
+        QApplication::sendEvent(w, &press);
+        QKeyEvent release(QEvent::KeyRelease, 0, Qt::NoModifier, QString(c));
+        QApplication::sendEvent(w, &release);
+    }
+}
+
+} // namespace
+
+class TstGridView : public QObject {
+    Q_OBJECT
+private slots:
+    void headerClicksSortAndShiftAdds();
+    void headerDragsGroupReorderAndResize();
+    void groupRowsAndFootersArePainted();
+    void filterRowTypingAndClearButton();
+    void navigatorTextAndButtons();
+    void popupMenuActions();
+    void keyboardNavigation();
+    void focusSurvivesRegrouping();
+    void accessibleTableReadsCells();
+    void editingPostsWhenLeavingTheRow();
+    void refreshKeepsTheLayout();
+    void screenshot();
+};
+
+void TstGridView::headerClicksSortAndShiftAdds()
+{
+    Fixture f;
+    const int cont = f.m->columnIndex(QStringLiteral("cont"));
+    const int val = f.m->columnIndex(QStringLiteral("valoare"));
+    QTest::mouseClick(f.view->header(), Qt::LeftButton, {}, f.headerCenter(QStringLiteral("valoare")));
+    QCOMPARE(f.m->column(val).sortOrder, SortOrder::Ascending);
+    QCOMPARE(f.cellAt(0, QStringLiteral("valoare")), QStringLiteral("-40"));
+    QTest::mouseClick(f.view->header(), Qt::LeftButton, {}, f.headerCenter(QStringLiteral("valoare")));
+    QCOMPARE(f.m->column(val).sortOrder, SortOrder::Descending);
+    QCOMPARE(f.cellAt(0, QStringLiteral("valoare")), QStringLiteral("1000"));
+
+    // A plain click on another column replaces the key; Shift adds one.
+    QTest::mouseClick(f.view->header(), Qt::LeftButton, {}, f.headerCenter(QStringLiteral("cont")));
+    QCOMPARE(f.m->sortColumns(), QList<int>{cont});
+    QTest::mouseClick(f.view->header(), Qt::LeftButton, Qt::ShiftModifier, f.headerCenter(QStringLiteral("valoare")));
+    QCOMPARE(f.m->sortColumns(), (QList<int>{cont, val}));
+    QStringList order;
+    for (int r = 0; r < 5; ++r)
+        order << f.cellAt(r, QStringLiteral("cont")) + QLatin1Char('/') + f.cellAt(r, QStringLiteral("valoare"));
+    QCOMPARE(order, (QStringList{"401/-40", "401/100", "4111/250.5", "4111/1000", "5121/7.25"}));
+}
+
+void TstGridView::headerDragsGroupReorderAndResize()
+{
+    Fixture f;
+    GridHeader *h = f.view->header();
+    GridGroupByBox *box = f.view->groupByBox();
+    QVERIFY(box->isVisible());
+    const int cont = f.m->columnIndex(QStringLiteral("cont"));
+
+    // Drag the caption "cont" into the group-by box.
+    const QPoint from = f.headerCenter(QStringLiteral("cont"));
+    const QPoint to = h->mapFrom(f.view, box->geometry().center());
+    QTest::mousePress(h, Qt::LeftButton, {}, from);
+    QTest::mouseMove(h, from + QPoint(20, 0));
+    QTest::mouseMove(h, to);
+    QTest::mouseRelease(h, Qt::LeftButton, {}, to);
+    QCOMPARE(f.m->groupColumns(), QList<int>{cont});
+    QCOMPARE(f.m->rowKind(0), RowKind::Group);
+
+    // Dragged out of the box it ungroups.
+    const QPoint item = box->itemRect(0).center();
+    QTest::mousePress(box, Qt::LeftButton, {}, item);
+    QTest::mouseMove(box, item + QPoint(0, 20));
+    QTest::mouseMove(box, QPoint(item.x(), box->height() + 80));
+    QTest::mouseRelease(box, Qt::LeftButton, {}, QPoint(item.x(), box->height() + 80));
+    QVERIFY(f.m->groupColumns().isEmpty());
+
+    // Drag "valoare" before "cont": the columns reorder.
+    const QPoint v = f.headerCenter(QStringLiteral("valoare"));
+    const QPoint c = f.view->header()->sectionRect(f.m->columnIndex(QStringLiteral("cont"))).topLeft() + QPoint(5, 5);
+    QTest::mousePress(h, Qt::LeftButton, {}, v);
+    QTest::mouseMove(h, v - QPoint(20, 0));
+    QTest::mouseMove(h, c);
+    QTest::mouseRelease(h, Qt::LeftButton, {}, c);
+    QCOMPARE(f.m->column(0).fieldName, QStringLiteral("valoare"));
+    QCOMPARE(f.m->column(1).fieldName, QStringLiteral("cont"));
+    QCOMPARE(f.m->sortColumns(), QList<int>{f.m->columnIndex(QStringLiteral("cont"))}); // a drag is no click
+
+    // The edge resizes; a double click on it fits the widest text.
+    const int col = f.m->columnIndex(QStringLiteral("explicatie"));
+    const QRect sr = h->sectionRect(col);
+    const QPoint edge(sr.right() + 1, sr.center().y());
+    QTest::mousePress(h, Qt::LeftButton, {}, edge);
+    QTest::mouseMove(h, edge + QPoint(40, 0));
+    QTest::mouseRelease(h, Qt::LeftButton, {}, edge + QPoint(40, 0));
+    QCOMPARE(f.m->column(col).width, 130);
+    const QPoint edge2(h->sectionRect(col).right() + 1, sr.center().y());
+    QTest::mouseDClick(h, Qt::LeftButton, {}, edge2);
+    const int fit = f.m->column(col).width;
+    const QFontMetrics fm(*f.view->resolvedStyle(GridElement::Content).font);
+    QVERIFY(fit >= fm.horizontalAdvance(QStringLiteral("plată furnizor")));
+    QVERIFY(fit < 130);
+}
+
+void TstGridView::groupRowsAndFootersArePainted()
+{
+    Fixture f;
+    GridStyleSheet sheet;
+    sheet.set(GridElement::Group, {QColor(0xF1, 0xEF, 0xE2), {}, {}});
+    sheet.set(GridElement::Footer, {QColor(0xFF, 0xFF, 0xE1), {}, QColor(0, 0, 0x80)});
+    sheet.set(GridElement::Content, {QColor(0xD9, 0xEA, 0xF7), {}, Qt::black});
+    f.view->setGridStyleSheet(sheet);
+    f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
+    f.m->collapseAll();
+    // Collapsed: one group row and one group footer per account.
+    QCOMPARE(f.m->rowCount(), 6);
+    QCOMPARE(f.m->rowKind(0), RowKind::Group);
+    QCOMPARE(f.m->rowKind(1), RowKind::GroupFooter);
+    QCOMPARE(f.view->accessibleCellText(0, f.m->columnIndex(QStringLiteral("cont"))), QStringLiteral("cont: 401 (2)"));
+    QCOMPARE(f.view->accessibleCellText(1, f.m->columnIndex(QStringLiteral("valoare"))), QStringLiteral("60.00"));
+    QCOMPARE(f.m->footerTextForColumn(f.m->columnIndex(QStringLiteral("valoare"))), QStringLiteral("1,317.75"));
+
+    QImage img(f.view->viewport()->size(), QImage::Format_RGB32);
+    f.view->viewport()->render(&img);
+    const int rh = f.view->rowHeight();
+    const int xVal = f.view->columnLeft(f.m->columnIndex(QStringLiteral("valoare")));
+    // group row background right of the caption text, footer background in the sum's cell margin
+    // (row 0 holds the focus; rows 2 and 3 are the second group and its footer)
+    QCOMPARE(QColor(img.pixel(img.width() - 5, 2 * rh + rh / 2)), QColor(0xF1, 0xEF, 0xE2));
+    QCOMPARE(QColor(img.pixel(xVal + 3, 3 * rh + rh / 2)), QColor(0xFF, 0xFF, 0xE1));
+    // the footer strip shows the grand total under its column
+    QVERIFY(f.view->footer()->isVisible());
+    QImage fimg(f.view->footer()->size(), QImage::Format_RGB32);
+    f.view->footer()->render(&fimg);
+    QCOMPARE(QColor(fimg.pixel(fimg.width() - 3, fimg.height() / 2)), QColor(0xFF, 0xFF, 0xE1));
+
+    // Expanding one group shows its data rows with the content colour.
+    QTest::mouseClick(f.view->viewport(), Qt::LeftButton, {},
+                      QPoint(f.view->indicatorWidth() + 9, rh / 2)); // its [+]
+    QCOMPARE(f.m->rowCount(), 8);
+    QCOMPARE(f.m->rowKind(1), RowKind::Data);
+    img = QImage(f.view->viewport()->size(), QImage::Format_RGB32);
+    f.view->clearFocus();
+    f.m->setFocusedRow(0);
+    f.view->viewport()->render(&img);
+    QCOMPARE(QColor(img.pixel(xVal + 3, 2 * rh + rh / 2)), QColor(0xD9, 0xEA, 0xF7));
+}
+
+void TstGridView::filterRowTypingAndClearButton()
+{
+    Fixture f;
+    GridFilterRow *fr = f.view->filterRow();
+    QVERIFY(fr->isVisible());
+    auto *le = qobject_cast<QLineEdit *>(fr->editor(f.m->columnIndex(QStringLiteral("explicatie"))));
+    QVERIFY(le);
+    QCOMPARE(le->objectName(), QStringLiteral("filter_explicatie"));
+    // "ș" (comma below) finds "ş" (cedilla) and the capital "Ș" alike.
+    typeText(le, QStringLiteral("ș"));
+    QTRY_COMPARE(f.m->recordCount(), 2);
+    QCOMPARE(f.grid.navigator()->infoText(), QStringLiteral("Inregistrarea 1 din 2"));
+    QTest::keyClicks(le, QStringLiteral("col"));
+    QTRY_COMPARE(f.m->recordCount(), 1);
+    QCOMPARE(f.cellAt(0, QStringLiteral("explicatie")), QStringLiteral("Taxă şcolară"));
+
+    // a number comparison in another editor, combined
+    le->selectAll();
+    QTest::keyClick(le, Qt::Key_Backspace);
+    auto *val = qobject_cast<QLineEdit *>(fr->editor(f.m->columnIndex(QStringLiteral("valoare"))));
+    QTest::keyClicks(val, QStringLiteral(">100"));
+    fr->applyPending();
+    QCOMPARE(f.m->recordCount(), 2); // 250.5 and 1000
+
+    // the tri-state check of a boolean column
+    auto *cb = qobject_cast<QCheckBox *>(fr->editor(f.m->columnIndex(QStringLiteral("inactiv"))));
+    QVERIFY(cb);
+    QCOMPARE(cb->checkState(), Qt::PartiallyChecked);
+    cb->setCheckState(Qt::Unchecked);
+    QCOMPARE(f.m->recordCount(), 0);
+    cb->setCheckState(Qt::Checked);
+    QCOMPARE(f.m->recordCount(), 2);
+
+    // the clear button empties every editor and shows every row
+    QVERIFY(!fr->clearButton()->accessibleName().isEmpty());
+    QTest::mouseClick(fr->clearButton(), Qt::LeftButton);
+    QCOMPARE(f.m->recordCount(), 5);
+    QVERIFY(val->text().isEmpty());
+    QCOMPARE(cb->checkState(), Qt::PartiallyChecked);
+
+    // an unreadable comparison lets nothing through and is shown in red
+    QTest::keyClicks(val, QStringLiteral(">abc"));
+    fr->applyPending();
+    QCOMPARE(f.m->recordCount(), 0);
+    QCOMPARE(val->palette().color(QPalette::Text), QColor(Qt::red));
+}
+
+void TstGridView::navigatorTextAndButtons()
+{
+    Fixture f;
+    GridNavigator *nav = f.grid.navigator();
+    auto *info = f.grid.findChild<QLabel *>(QStringLiteral("infoPanel"));
+    QVERIFY(info);
+    f.m->firstRecord();
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 1 din 5"));
+    QVERIFY(!nav->button(GridNavigator::First)->isEnabled());
+    QTest::mouseClick(f.grid.findChild<QToolButton *>(QStringLiteral("btnNext")), Qt::LeftButton);
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 2 din 5"));
+    QCOMPARE(f.table->currentRow(), 1);
+    QTest::mouseClick(f.grid.findChild<QToolButton *>(QStringLiteral("btnLast")), Qt::LeftButton);
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 5 din 5"));
+    QVERIFY(!nav->button(GridNavigator::Next)->isEnabled());
+    QTest::mouseClick(f.grid.findChild<QToolButton *>(QStringLiteral("btnPrior")), Qt::LeftButton);
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 4 din 5"));
+    QTest::mouseClick(f.grid.findChild<QToolButton *>(QStringLiteral("btnFirst")), Qt::LeftButton);
+    QCOMPARE(f.m->recordNumber(), 1);
+    // records are counted through collapsed groups
+    f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
+    f.m->collapseAll();
+    QTest::mouseClick(f.grid.findChild<QToolButton *>(QStringLiteral("btnLast")), Qt::LeftButton);
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 5 din 5"));
+    QCOMPARE(f.m->rowKind(f.m->focusedRow()), RowKind::Data);
+    for (QToolButton *b : f.grid.findChildren<QToolButton *>())
+        QVERIFY2(!b->accessibleName().isEmpty(), qPrintable(b->objectName()));
+}
+
+void TstGridView::popupMenuActions()
+{
+    Fixture f;
+    const int cont = f.m->columnIndex(QStringLiteral("cont"));
+    auto act = [](QMenu *m, const char *name) {
+        QAction *a = m->findChild<QAction *>(QLatin1String(name));
+        if (!a)
+            qFatal("no action %s", name);
+        return a;
+    };
+    std::unique_ptr<QMenu> menu(f.view->createHeaderMenu(cont));
+    QCOMPARE(menu->objectName(), QStringLiteral("cxGridPopupMenu1"));
+    QStringList texts;
+    for (QAction *a : menu->actions())
+        if (!a->isSeparator())
+            texts << a->text();
+    QCOMPARE(texts, (QStringList{"Sortare crescatoare", "Sortare descrescatoare", "Fara sortare",
+                                 "Grupeaza dupa aceasta coloana", "Caseta de grupare", "Subsol",
+                                 "Elimina aceasta coloana", "Alegere coloane", "Latime optima",
+                                 "Latime optima (toate coloanele)"}));
+    act(menu.get(), "actSortDesc")->trigger();
+    QCOMPARE(f.m->column(cont).sortOrder, SortOrder::Descending);
+    act(menu.get(), "actGroupBy")->trigger();
+    QCOMPARE(f.m->groupColumns(), QList<int>{cont});
+    act(menu.get(), "actFooter")->trigger();
+    QVERIFY(!f.m->footerVisible());
+    QVERIFY(f.view->footer()->isHidden());
+    act(menu.get(), "actGroupByBox")->trigger();
+    QVERIFY(f.view->groupByBox()->isHidden());
+
+    menu.reset(f.view->createHeaderMenu(cont));
+    QVERIFY(act(menu.get(), "actGroupBy")->isChecked());
+    QVERIFY(!act(menu.get(), "actFooter")->isChecked());
+    act(menu.get(), "actClearSort")->trigger();
+    QCOMPARE(f.m->column(cont).sortOrder, SortOrder::None);
+    act(menu.get(), "actRemoveColumn")->trigger();
+    QVERIFY(!f.m->column(cont).visible);
+    QVERIFY(!f.m->visibleColumns().contains(cont));
+    QVERIFY(f.m->groupColumns().isEmpty()); // a removed column does not keep grouping
+
+    // The field chooser lists the removed column and brings it back.
+    const int val = f.m->columnIndex(QStringLiteral("valoare"));
+    menu.reset(f.view->createHeaderMenu(val));
+    QAction *show = menu->findChild<QAction *>(QStringLiteral("actShow_cont"));
+    QVERIFY(show);
+    show->trigger();
+    QVERIFY(f.m->column(cont).visible);
+    // ... and a field the view has no column for
+    f.m->removeColumn(f.m->columnIndex(QStringLiteral("data")));
+    menu.reset(f.view->createHeaderMenu(val));
+    menu->findChild<QAction *>(QStringLiteral("actShow_data"))->trigger();
+    QVERIFY(f.m->columnIndex(QStringLiteral("data")) >= 0);
+
+    f.m->setColumnWidth(val, 10);
+    menu.reset(f.view->createHeaderMenu(val));
+    act(menu.get(), "actBestFit")->trigger();
+    QVERIFY(f.m->column(val).width > 40);
+}
+
+void TstGridView::keyboardNavigation()
+{
+    Fixture f;
+    f.view->setFocus();
+    f.m->setFocusedRow(0);
+    QTest::keyClick(f.view, Qt::Key_Down);
+    QCOMPARE(f.m->focusedRow(), 1);
+    QCOMPARE(f.table->currentRow(), 1);
+    QTest::keyClick(f.view, Qt::Key_End, Qt::ControlModifier);
+    QCOMPARE(f.m->focusedRow(), 4);
+    QTest::keyClick(f.view, Qt::Key_Up);
+    QCOMPARE(f.m->focusedRow(), 3);
+    QTest::keyClick(f.view, Qt::Key_Home, Qt::ControlModifier);
+    QCOMPARE(f.m->focusedRow(), 0);
+    QTest::keyClick(f.view, Qt::Key_PageDown);
+    QCOMPARE(f.m->focusedRow(), 4);
+    QTest::keyClick(f.view, Qt::Key_PageUp);
+    QCOMPARE(f.m->focusedRow(), 0);
+    QTest::keyClick(f.view, Qt::Key_Right);
+    QTest::keyClick(f.view, Qt::Key_Right);
+    QCOMPARE(f.view->focusedColumn(), f.m->visibleColumns().at(1));
+    QTest::keyClick(f.view, Qt::Key_End);
+    QCOMPARE(f.view->focusedColumn(), f.m->visibleColumns().last());
+
+    f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
+    f.m->collapseAll();
+    f.m->setFocusedRow(0);
+    QTest::keyClick(f.view, Qt::Key_Plus);
+    QVERIFY(f.m->isExpanded(0));
+    QTest::keyClick(f.view, Qt::Key_Minus);
+    QVERIFY(!f.m->isExpanded(0));
+    QTest::keyClick(f.view, Qt::Key_Right);
+    QVERIFY(f.m->isExpanded(0));
+    QCOMPARE(f.m->rowKind(1), RowKind::Data);
+    QTest::keyClick(f.view, Qt::Key_Left);
+    QVERIFY(!f.m->isExpanded(0));
+
+    // Moving down a long grid scrolls the focused row into view.
+    auto big = std::make_unique<db::MemTable>();
+    big->setFieldDefs({{QStringLiteral("n"), db::FieldType::Int32}});
+    big->open();
+    for (int i = 0; i < 500; ++i)
+        big->appendRow({i});
+    f.view->setDataSet(big.get());
+    f.m->createDefaultColumns();
+    f.m->setFocusedRow(0);
+    for (int i = 0; i < 3; ++i)
+        QTest::keyClick(f.view, Qt::Key_PageDown);
+    const qsizetype row = f.m->focusedRow();
+    QVERIFY(row > 30);
+    QVERIFY(row >= f.view->topRow() && row < f.view->topRow() + f.view->visibleRowCount());
+    f.view->setDataSet(nullptr);
+}
+
+void TstGridView::focusSurvivesRegrouping()
+{
+    Fixture f;
+    QVERIFY(f.m->focusDataRow(2)); // "Taxă şcolară", account 401
+    f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
+    QCOMPARE(f.m->focusedDataRow(), 2);
+    // a second level in front, by dragging the caption to the box's start
+    GridHeader *h = f.view->header();
+    const QPoint from = f.headerCenter(QStringLiteral("inactiv"));
+    const QPoint to = h->mapFrom(f.view, f.view->groupByBox()->geometry().topLeft() + QPoint(2, 8));
+    QTest::mousePress(h, Qt::LeftButton, {}, from);
+    QTest::mouseMove(h, from + QPoint(-20, 0));
+    QTest::mouseMove(h, to);
+    QTest::mouseRelease(h, Qt::LeftButton, {}, to);
+    QCOMPARE(f.m->groupColumns(), (QList<int>{f.m->columnIndex(QStringLiteral("inactiv")), f.m->columnIndex(QStringLiteral("cont"))}));
+    QCOMPARE(f.m->focusedDataRow(), 2);
+    QCOMPARE(f.view->rowRect(f.m->focusedRow()).intersects(f.view->viewport()->rect()), true);
+    f.m->clearGrouping();
+    QCOMPARE(f.m->focusedDataRow(), 2);
+    QCOMPARE(f.cellAt(f.m->focusedRow(), QStringLiteral("explicatie")), QStringLiteral("Taxă şcolară"));
+}
+
+void TstGridView::accessibleTableReadsCells()
+{
+    Fixture f;
+    f.m->setColumnVisible(f.m->columnIndex(QStringLiteral("data")), false);
+    QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(f.view);
+    QVERIFY(iface);
+    QCOMPARE(iface->role(), QAccessible::Table);
+    QAccessibleTableInterface *t = iface->tableInterface();
+    QVERIFY(t);
+    QCOMPARE(t->rowCount(), 5);
+    QCOMPARE(t->columnCount(), 4);
+    QCOMPARE(t->columnDescription(2), QStringLiteral("valoare"));
+    QCOMPARE(t->cellAt(1, 1)->text(QAccessible::Name), QStringLiteral("încasare"));
+    QCOMPARE(t->cellAt(1, 3)->text(QAccessible::Name), QStringLiteral("True"));
+    QAccessibleInterface *head = t->cellAt(1, 2)->tableCellInterface()->columnHeaderCells().value(0);
+    QVERIFY(head);
+    QCOMPARE(head->text(QAccessible::Name), QStringLiteral("valoare"));
+    QCOMPARE(head->role(), QAccessible::ColumnHeader);
+    QVERIFY(t->cellAt(5, 0) == nullptr);
+    // after grouping the interface reads the group rows as the operator sees them
+    f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
+    f.m->collapseAll();
+    QCOMPARE(t->rowCount(), 6);
+    QCOMPARE(t->cellAt(2, 0)->text(QAccessible::Name), QStringLiteral("cont: 4111 (2)"));
+    QCOMPARE(t->cellAt(3, 2)->text(QAccessible::Name), QStringLiteral("1,250.50"));
+    QVERIFY(t->selectRow(2));
+    QVERIFY(t->isRowSelected(2));
+}
+
+void TstGridView::editingPostsWhenLeavingTheRow()
+{
+    Fixture f;
+    ScopedRecordingMessages msgs;
+    f.view->setColumnEditable(QStringLiteral("inactiv"), true);
+    f.view->setColumnEditable(QStringLiteral("explicatie"), true);
+    const int inactiv = f.m->columnIndex(QStringLiteral("inactiv"));
+    // A read-only column ignores clicks and typing.
+    QTest::mouseClick(f.view->viewport(), Qt::LeftButton, {}, f.cellCenter(0, QStringLiteral("cont")));
+    QTest::keyClicks(f.view, QStringLiteral("x"));
+    QVERIFY(!f.table->isEditing());
+
+    // A click on the check toggles it into the edit buffer; leaving the row posts.
+    QTest::mouseClick(f.view->viewport(), Qt::LeftButton, {}, f.cellCenter(0, QStringLiteral("inactiv")));
+    QVERIFY(f.table->isEditing());
+    QCOMPARE(f.table->fieldValue(QStringLiteral("inactiv")), QVariant(true));
+    QCOMPARE(f.m->cellCheck(0, inactiv), 0); // not posted yet
+    QTest::keyClick(f.view, Qt::Key_Down);
+    QVERIFY(!f.table->isEditing());
+    QCOMPARE(f.table->value(0, 4), QVariant(true));
+    QCOMPARE(f.m->cellCheck(0, inactiv), 1);
+    QCOMPARE(f.m->focusedRow(), 1);
+
+    // Space toggles the focused check cell too.
+    QTest::keyClick(f.view, Qt::Key_Space);
+    QCOMPARE(f.table->fieldValue(QStringLiteral("inactiv")), QVariant(false));
+    QTest::keyClick(f.view, Qt::Key_Escape);
+    QVERIFY(!f.table->isEditing());
+    QCOMPARE(f.table->value(1, 4), QVariant(true));
+
+    // Text: F2 opens the editor, Enter commits to the buffer, a refused post keeps the row.
+    f.view->setFocusedColumn(f.m->columnIndex(QStringLiteral("explicatie")));
+    QTest::keyClick(f.view, Qt::Key_F2);
+    QVERIFY(f.view->isEditing());
+    QLineEdit *ed = f.view->cellEditor();
+    ed->selectAll();
+    typeText(ed, QStringLiteral("încasare nouă"));
+    QTest::keyClick(ed, Qt::Key_Return);
+    QVERIFY(!f.view->isEditing());
+    QCOMPARE(f.table->fieldValue(QStringLiteral("explicatie")).toString(), QStringLiteral("încasare nouă"));
+    f.table->beforePost = [](db::DataSet &) { throw QuarvError(QStringLiteral("Refuzat")); };
+    QTest::keyClick(f.view, Qt::Key_Down);
+    QCOMPARE(msgs.errors, QStringList{QStringLiteral("Refuzat")});
+    QCOMPARE(f.m->focusedRow(), 1);
+    QVERIFY(f.table->isEditing());
+    f.table->beforePost = nullptr;
+    QTest::keyClick(f.view, Qt::Key_Down);
+    QCOMPARE(f.m->focusedRow(), 2);
+    QCOMPARE(f.table->value(1, 1).toString(), QStringLiteral("încasare nouă"));
+}
+
+void TstGridView::refreshKeepsTheLayout()
+{
+    Fixture f;
+    const int cont = f.m->columnIndex(QStringLiteral("cont"));
+    f.m->groupByColumn(cont);
+    auto *le = qobject_cast<QLineEdit *>(f.view->filterRow()->editor(f.m->columnIndex(QStringLiteral("explicatie"))));
+    QTest::keyClicks(le, QStringLiteral("a"));
+    f.view->filterRow()->applyPending();
+    const qsizetype records = f.m->recordCount();
+    f.m->moveColumn(f.m->columnIndex(QStringLiteral("valoare")), 0);
+    f.table->appendRow({QStringLiteral("401"), QStringLiteral("alta"), QDate(2024, 4, 1), 1.0, false});
+    f.table->refresh();
+    QCOMPARE(f.m->column(0).fieldName, QStringLiteral("valoare"));
+    QCOMPARE(f.m->groupColumns(), QList<int>{f.m->columnIndex(QStringLiteral("cont"))});
+    QCOMPARE(le->text(), QStringLiteral("a"));
+    QCOMPARE(f.m->recordCount(), records + 1);
+    // the filter editor follows the moved column
+    const int x = f.view->columnLeft(f.m->columnIndex(QStringLiteral("explicatie")));
+    QCOMPARE(le->mapTo(f.view->filterRow(), QPoint(0, 0)).x(), x + 1);
+}
+
+void TstGridView::screenshot()
+{
+    // A look at a grouped grid with the report style sheet; written when asked for.
+    const QString dir = qEnvironmentVariable("QUARV_SHOT_DIR");
+    if (dir.isEmpty())
+        QSKIP("QUARV_SHOT_DIR not set");
+    Fixture f;
+    GridStyleSheet s(QStringLiteral("GridTableViewStyleSheetReport"));
+    QFont base(QStringLiteral("Sans Serif"));
+    base.setPixelSize(11);
+    QFont bold = base;
+    bold.setBold(true);
+    s.set(GridElement::Background, {QColor(0xA4C4EB), {}, {}});
+    s.set(GridElement::Content, {QColor(0xD9EAF7), base, Qt::black});
+    s.set(GridElement::ContentEven, {QColor(0xD9EAF7), {}, Qt::black});
+    s.set(GridElement::ContentOdd, {QColor(0xD9EAF7), {}, Qt::black});
+    s.set(GridElement::FilterBox, {QColor(0xFFFFE1), {}, Qt::black});
+    s.set(GridElement::Footer, {QColor(0xFFFFE1), bold, QColor(0x000080)});
+    s.set(GridElement::Group, {QColor(0xF1EFE2), {}, {}});
+    s.set(GridElement::GroupByBox, {QColor(0xFED547), {}, Qt::black});
+    s.set(GridElement::Header, {Qt::white, bold, Qt::black});
+    s.set(GridElement::Inactive, {QColor(0xA4C4EB), {}, {}});
+    s.set(GridElement::Indicator, {QColor(0xA4C4EB), {}, {}});
+    s.set(GridElement::Selection, {QColor(0x316AC5), {}, Qt::white});
+    f.view->setGridStyleSheet(s);
+    f.m->setColumnWidth(f.m->columnIndex(QStringLiteral("explicatie")), 140);
+    f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
+    f.m->expandAll();
+    auto *le = qobject_cast<QLineEdit *>(f.view->filterRow()->editor(f.m->columnIndex(QStringLiteral("explicatie"))));
+    QTest::keyClicks(le, QStringLiteral("a"));
+    f.view->filterRow()->applyPending();
+    f.m->focusDataRow(1);
+    f.view->setFocus();
+    QDir().mkpath(dir);
+    QVERIFY(f.grid.grab().save(dir + QStringLiteral("/grid_grouped.png")));
+}
+
+QTEST_MAIN(TstGridView)
+#include "tst_gridview.moc"

@@ -1,0 +1,1113 @@
+#include "ui/u_grid.h"
+
+#include "ui/u_gridstrips.h"
+#include "ui/u_messages.h"
+
+#include <QApplication>
+#include <QFocusEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPainter>
+#include <QPainterPath>
+#include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionButton>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace ui {
+
+namespace {
+
+constexpr int kIndicatorWidth = 18;
+constexpr int kIndentStep = 18;
+const QColor kGridLine(0xC0, 0xC0, 0xC0);
+
+bool isRightAligned(ColumnKind k) { return k == ColumnKind::Number; }
+
+} // namespace
+
+// ===================================================================== view
+
+GridTableView::GridTableView(QWidget *parent) : QAbstractScrollArea(parent), m_model(new GridModel(this))
+{
+    installGridAccessibility();
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_InputMethodEnabled, false);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+    viewport()->setFocusProxy(this);
+    viewport()->setAccessibleName(QStringLiteral("Randuri"));
+
+    m_groupBox = new GridGroupByBox(this);
+    m_header = new GridHeader(this);
+    m_filterRow = new GridFilterRow(this);
+    m_footer = new GridFooter(this);
+
+    m_editor = new QLineEdit(viewport());
+    m_editor->setObjectName(QStringLiteral("cellEditor"));
+    m_editor->setFrame(false);
+    m_editor->hide();
+    m_editor->installEventFilter(this);
+
+    connect(m_model, &GridModel::columnsChanged, this, &GridTableView::onColumnsChanged);
+    connect(m_model, &GridModel::rowsChanged, this, &GridTableView::onRowsChanged);
+    connect(m_model, &GridModel::summariesChanged, this, [this] {
+        updateGeometries();
+        m_footer->update();
+        viewport()->update();
+    });
+    connect(m_model, &GridModel::focusChanged, this, &GridTableView::onFocusChanged);
+    connect(m_model, &GridModel::optionsChanged, this, [this] { updateGeometries(); });
+
+    updateRowHeight();
+    onColumnsChanged();
+}
+
+GridTableView::~GridTableView() = default;
+
+void GridTableView::setDataSet(db::DataSet *ds)
+{
+    cancelEdit();
+    m_model->setDataSet(ds);
+    if (ds) {
+        // The edit buffer is painted for the row being edited.
+        connect(ds, &db::DataSet::editValueChanged, viewport(), qOverload<>(&QWidget::update), Qt::UniqueConnection);
+        connect(ds, &db::DataSet::stateChanged, viewport(), qOverload<>(&QWidget::update), Qt::UniqueConnection);
+    }
+}
+
+db::DataSet *GridTableView::dataSet() const { return m_model->dataSet(); }
+
+void GridTableView::setColumnEditable(const QString &fieldName, bool editable)
+{
+    if (editable)
+        m_editable.insert(fieldName.toLower());
+    else
+        m_editable.remove(fieldName.toLower());
+}
+
+bool GridTableView::isColumnEditable(int col) const
+{
+    if (col < 0 || col >= m_model->columnCount() || m_model->columnField(col) < 0)
+        return false;
+    return m_editable.contains(m_model->column(col).fieldName.toLower());
+}
+
+void GridTableView::setGridStyleSheet(const GridStyleSheet &sheet)
+{
+    m_sheet = sheet;
+    updateRowHeight();
+    updateGeometries();
+    m_header->update();
+    m_groupBox->update();
+    m_filterRow->update();
+    m_footer->update();
+    viewport()->update();
+}
+
+CellStyle GridTableView::resolvedStyle(GridElement e) const
+{
+    CellStyle s = m_sheet.style(e);
+    const QPalette &pal = palette();
+    // Rows take the content's font and text colour unless they name their own.
+    if (e == GridElement::ContentEven || e == GridElement::ContentOdd || e == GridElement::Selection
+        || e == GridElement::Inactive || e == GridElement::Group || e == GridElement::Footer) {
+        const CellStyle c = m_sheet.style(GridElement::Content);
+        if (!s.font)
+            s.font = c.font;
+        if (!s.textColor && e != GridElement::Selection && e != GridElement::Inactive)
+            s.textColor = c.textColor;
+        if (!s.color && (e == GridElement::ContentEven || e == GridElement::ContentOdd))
+            s.color = c.color;
+    }
+    if (!s.font)
+        s.font = font();
+    switch (e) {
+    case GridElement::Selection:
+        if (!s.color)
+            s.color = pal.color(QPalette::Active, QPalette::Highlight);
+        if (!s.textColor)
+            s.textColor = pal.color(QPalette::Active, QPalette::HighlightedText);
+        break;
+    case GridElement::Inactive:
+        if (!s.color)
+            s.color = pal.color(QPalette::Inactive, QPalette::Highlight).lighter(130);
+        if (!s.textColor)
+            s.textColor = pal.color(QPalette::Inactive, QPalette::HighlightedText);
+        break;
+    case GridElement::Header:
+    case GridElement::Indicator:
+        if (!s.color)
+            s.color = pal.color(QPalette::Button);
+        break;
+    case GridElement::Group:
+    case GridElement::Footer:
+    case GridElement::GroupByBox:
+        if (!s.color)
+            s.color = pal.color(QPalette::Button).lighter(105);
+        break;
+    case GridElement::Background:
+        if (!s.color)
+            s.color = pal.color(QPalette::Base).darker(104);
+        break;
+    default:
+        if (!s.color)
+            s.color = pal.color(QPalette::Base);
+        break;
+    }
+    if (!s.textColor)
+        s.textColor = (e == GridElement::Header || e == GridElement::GroupByBox) ? pal.color(QPalette::ButtonText)
+                                                                                  : pal.color(QPalette::Text);
+    return s;
+}
+
+void GridTableView::updateRowHeight()
+{
+    int h = QFontMetrics(*resolvedStyle(GridElement::Content).font).height();
+    h = std::max(h, QFontMetrics(*resolvedStyle(GridElement::Group).font).height());
+    m_rowHeight = h + 5;
+    verticalScrollBar()->setSingleStep(1);
+}
+
+int GridTableView::indicatorWidth() const { return m_model->indicatorVisible() ? kIndicatorWidth : 0; }
+int GridTableView::indentWidth() const { return int(m_model->groupColumns().size()) * kIndentStep; }
+int GridTableView::firstColumnX() const { return indicatorWidth() + indentWidth() - horizontalScrollBar()->value(); }
+
+int GridTableView::columnLeft(int col) const
+{
+    const int i = int(m_visible.indexOf(col));
+    return i < 0 ? -1 : firstColumnX() + m_left[i];
+}
+
+int GridTableView::columnWidth(int col) const
+{
+    return col >= 0 && col < m_model->columnCount() ? std::max(1, m_model->column(col).width) : 0;
+}
+
+int GridTableView::columnAtX(int x) const
+{
+    if (x < indicatorWidth())
+        return -1;
+    const int rel = x - firstColumnX();
+    if (rel < 0)
+        return -1;
+    // m_left is ascending: the last column starting at or before rel.
+    auto it = std::upper_bound(m_left.begin(), m_left.end(), rel);
+    if (it == m_left.begin())
+        return -1;
+    const int i = int(it - m_left.begin()) - 1;
+    return rel < m_left[i] + columnWidth(m_visible[i]) ? m_visible[i] : -1;
+}
+
+qsizetype GridTableView::topRow() const { return verticalScrollBar()->value(); }
+int GridTableView::visibleRowCount() const { return (viewport()->height() + m_rowHeight - 1) / m_rowHeight; }
+
+QRect GridTableView::rowRect(qsizetype displayRow) const
+{
+    const qsizetype d = displayRow - topRow();
+    return QRect(0, int(d) * m_rowHeight, viewport()->width(), m_rowHeight);
+}
+
+QRect GridTableView::cellRect(qsizetype displayRow, int col) const
+{
+    const int x = columnLeft(col);
+    if (x < 0 && !m_visible.contains(col))
+        return {};
+    const QRect r = rowRect(displayRow);
+    return QRect(x, r.y(), columnWidth(col), r.height());
+}
+
+GridHit GridTableView::hitTest(const QPoint &pos) const
+{
+    GridHit h;
+    if (pos.y() < 0)
+        return h;
+    const qsizetype row = topRow() + pos.y() / m_rowHeight;
+    if (row >= m_model->rowCount())
+        return h;
+    h.row = row;
+    h.column = columnAtX(pos.x());
+    if (m_model->rowKind(row) == RowKind::Group) {
+        const int bx = indicatorWidth() + m_model->rowLevel(row) * kIndentStep - horizontalScrollBar()->value();
+        h.expandButton = pos.x() >= bx && pos.x() < bx + kIndentStep;
+    }
+    return h;
+}
+
+void GridTableView::scrollToRow(qsizetype row)
+{
+    if (row < 0)
+        return;
+    const int full = std::max(1, viewport()->height() / m_rowHeight);
+    QScrollBar *vb = verticalScrollBar();
+    if (row < vb->value())
+        vb->setValue(int(row));
+    else if (row >= vb->value() + full)
+        vb->setValue(int(row - full + 1));
+}
+
+void GridTableView::updateScrollBars()
+{
+    const int full = std::max(1, viewport()->height() / m_rowHeight);
+    QScrollBar *vb = verticalScrollBar();
+    const qsizetype rows = m_model->rowCount();
+    vb->setRange(0, int(std::max<qsizetype>(0, rows - full)));
+    vb->setPageStep(full);
+    QScrollBar *hb = horizontalScrollBar();
+    const int content = indicatorWidth() + indentWidth() + m_totalWidth;
+    hb->setRange(0, std::max(0, content - viewport()->width()));
+    hb->setPageStep(std::max(1, viewport()->width() - indicatorWidth()));
+    hb->setSingleStep(20);
+}
+
+void GridTableView::updateGeometries()
+{
+    m_visible = m_model->visibleColumns();
+    m_left.clear();
+    int x = 0;
+    for (int c : m_visible) {
+        m_left.append(x);
+        x += columnWidth(c);
+    }
+    m_totalWidth = x;
+
+    const int gb = m_model->groupByBoxVisible() ? m_groupBox->preferredHeight() : 0;
+    const int hh = m_rowHeight + 4;
+    const int fr = m_model->filterRowVisible() ? m_rowHeight + 6 : 0;
+    const int ft = m_model->footerVisible() ? m_footer->preferredHeight() : 0;
+    setViewportMargins(0, gb + hh + fr, 0, ft);
+    const QRect vg = viewport()->geometry();
+    m_groupBox->setGeometry(vg.x(), vg.y() - gb - hh - fr, vg.width(), gb);
+    m_groupBox->setVisible(gb > 0);
+    m_header->setGeometry(vg.x(), vg.y() - hh - fr, vg.width(), hh);
+    m_filterRow->setGeometry(vg.x(), vg.y() - fr, vg.width(), fr);
+    m_filterRow->setVisible(fr > 0);
+    m_footer->setGeometry(vg.x(), vg.bottom() + 1, vg.width(), ft);
+    m_footer->setVisible(ft > 0);
+    updateScrollBars();
+    m_filterRow->layoutEditors();
+    if (isEditing()) {
+        const QRect r = cellRect(m_editRow, m_editColumn);
+        m_editor->setGeometry(r.adjusted(0, 0, -1, -1));
+    }
+    m_groupBox->update();
+    m_header->update();
+    m_footer->update();
+    viewport()->update();
+}
+
+void GridTableView::onColumnsChanged()
+{
+    if (isEditing() && (m_editColumn >= m_model->columnCount() || !m_model->column(m_editColumn).visible))
+        cancelEdit();
+    if (m_focusColumn >= m_model->columnCount() || (m_focusColumn >= 0 && !m_model->column(m_focusColumn).visible))
+        m_focusColumn = -1;
+    m_filterRow->rebuild();
+    updateGeometries();
+}
+
+void GridTableView::onRowsChanged()
+{
+    if (isEditing())
+        cancelEdit();
+    updateGeometries();   // the indent follows the grouping levels
+    m_filterRow->syncFromModel();
+    scrollToRow(m_model->focusedRow());
+}
+
+void GridTableView::onFocusChanged(qsizetype row)
+{
+    scrollToRow(row);
+    viewport()->update();
+}
+
+void GridTableView::resizeEvent(QResizeEvent *e)
+{
+    QAbstractScrollArea::resizeEvent(e);
+    updateGeometries();
+}
+
+void GridTableView::scrollContentsBy(int dx, int)
+{
+    if (dx != 0) {
+        m_header->update();
+        m_footer->update();
+        m_filterRow->layoutEditors();
+    }
+    if (isEditing())
+        m_editor->setGeometry(cellRect(m_editRow, m_editColumn).adjusted(0, 0, -1, -1));
+    viewport()->update();
+}
+
+void GridTableView::changeEvent(QEvent *e)
+{
+    QAbstractScrollArea::changeEvent(e);
+    if (e->type() == QEvent::FontChange || e->type() == QEvent::PaletteChange) {
+        updateRowHeight();
+        updateGeometries();
+    }
+}
+
+// ------------------------------------------------------------------ painting
+
+void GridTableView::paintEvent(QPaintEvent *e)
+{
+    QPainter p(viewport());
+    const QRect clip = e->rect();
+    p.fillRect(clip, *resolvedStyle(GridElement::Background).color);
+    const qsizetype rows = m_model->rowCount();
+    const qsizetype first = topRow() + clip.top() / m_rowHeight;
+    const qsizetype last = std::min(rows - 1, topRow() + clip.bottom() / m_rowHeight);
+    for (qsizetype r = first; r <= last; ++r)
+        paintRow(p, r, rowRect(r), clip);
+}
+
+void GridTableView::paintIndicator(QPainter &p, const QRect &r, bool focused) const
+{
+    const CellStyle st = resolvedStyle(GridElement::Indicator);
+    p.fillRect(r, *st.color);
+    p.setPen(kGridLine);
+    p.drawLine(r.topRight(), r.bottomRight());
+    p.drawLine(r.bottomLeft(), r.bottomRight());
+    if (!focused)
+        return;
+    const db::DataSet *ds = dataSet();
+    const QPoint c = r.center();
+    if (ds && ds->isEditing()) {
+        // A square mark: the row holds unposted changes.
+        p.fillRect(c.x() - 3, c.y() - 3, 7, 7, *st.textColor);
+        return;
+    }
+    p.save();
+    p.setPen(Qt::NoPen);
+    p.setBrush(*st.textColor);
+    QPainterPath path;
+    path.moveTo(c.x() - 2, c.y() - 4);
+    path.lineTo(c.x() + 3, c.y());
+    path.lineTo(c.x() - 2, c.y() + 4);
+    path.closeSubpath();
+    p.setRenderHint(QPainter::Antialiasing, true);
+    p.drawPath(path);
+    p.restore();
+}
+
+void GridTableView::paintCheck(QPainter &p, const QRect &r, int state) const
+{
+    QStyleOptionButton opt;
+    opt.initFrom(this);
+    const int s = std::min(13, r.height() - 2);
+    opt.rect = QRect(r.center().x() - s / 2, r.center().y() - s / 2, s, s);
+    opt.state |= state == 1 ? QStyle::State_On : state == 0 ? QStyle::State_Off : QStyle::State_NoChange;
+    opt.state |= QStyle::State_Enabled;
+    style()->drawPrimitive(QStyle::PE_IndicatorCheckBox, &opt, &p, this);
+}
+
+void GridTableView::paintCellText(QPainter &p, const QRect &r, const QString &text, int col,
+                                  const CellStyle &st) const
+{
+    if (text.isEmpty())
+        return;
+    const QRect tr = r.adjusted(3, 0, -4, 0);
+    const Qt::Alignment a = (isRightAligned(m_model->columnKind(col)) ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+    p.setPen(*st.textColor);
+    const QFontMetrics fm(*st.font);
+    if (fm.horizontalAdvance(text) > tr.width())
+        p.drawText(tr, a, fm.elidedText(text, Qt::ElideRight, tr.width()));
+    else
+        p.drawText(tr, a, text);
+}
+
+QString GridTableView::editValueText(qsizetype row, int col, bool *fromBuffer) const
+{
+    const db::DataSet *ds = dataSet();
+    const qsizetype dr = m_model->dataRow(row);
+    if (ds && ds->isEditing() && dr >= 0 && dr == ds->currentRow() && ds->isModified()) {
+        const int f = m_model->columnField(col);
+        if (f >= 0) {
+            if (fromBuffer)
+                *fromBuffer = true;
+            const QVariant v = ds->fieldValue(f);
+            if (v.typeId() == QMetaType::QDate)
+                return v.toDate().toString(QStringLiteral("dd.MM.yyyy"));
+            return v.toString();
+        }
+    }
+    if (fromBuffer)
+        *fromBuffer = false;
+    return m_model->cellText(row, col);
+}
+
+void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const QRect &clip)
+{
+    const RowKind kind = m_model->rowKind(row);
+    const int level = m_model->rowLevel(row);
+    const bool focused = row == m_model->focusedRow();
+    const int indW = indicatorWidth();
+    const int hx = horizontalScrollBar()->value();
+    const int levels = int(m_model->groupColumns().size());
+
+    if (indW > 0)
+        paintIndicator(p, QRect(r.x(), r.y(), indW, r.height()), focused);
+    p.save();
+    p.setClipRect(QRect(indW, r.y(), r.width() - indW, r.height()).intersected(clip));
+
+    // Indent cells of the enclosing groups.
+    const CellStyle groupSt = resolvedStyle(GridElement::Group);
+    const int indentCells = kind == RowKind::Data ? levels : kind == RowKind::Group ? level : level + 1;
+    for (int i = 0; i < indentCells; ++i) {
+        const QRect ir(indW + i * kIndentStep - hx, r.y(), kIndentStep, r.height());
+        p.fillRect(ir, *groupSt.color);
+    }
+
+    const CellStyle selSt = resolvedStyle(hasFocus() ? GridElement::Selection : GridElement::Inactive);
+    const int x0 = indW - hx;
+    const int contentRight = firstColumnX() + m_totalWidth;
+
+    if (kind == RowKind::Data) {
+        CellStyle st = resolvedStyle((row % 2) ? GridElement::ContentOdd : GridElement::ContentEven);
+        if (!m_sheet.has(GridElement::ContentEven) && !m_sheet.has(GridElement::ContentOdd))
+            st = resolvedStyle(GridElement::Content);
+        p.setFont(*st.font);
+        for (int i = 0; i < m_visible.size(); ++i) {
+            const int col = m_visible[i];
+            const QRect cr(firstColumnX() + m_left[i], r.y(), columnWidth(col), r.height());
+            if (cr.right() < clip.left() || cr.left() > clip.right())
+                continue;
+            const bool sel = focused && (m_focusColumn < 0 || m_focusColumn == col || !hasFocus());
+            const CellStyle &cs = focused ? (sel ? selSt : resolvedStyle(GridElement::Selection)) : st;
+            p.fillRect(cr, focused ? *cs.color : *st.color);
+            if (focused && !sel) {
+                // The focused cell stands out inside the selected row.
+                p.fillRect(cr.adjusted(1, 1, -1, -1), *st.color);
+            }
+            const CellStyle &ts = (focused && sel) ? cs : st;
+            if (m_model->columnKind(col) == ColumnKind::Bool) {
+                int state = m_model->cellCheck(row, col);
+                bool buf = false;
+                const QString t = editValueText(row, col, &buf);
+                if (buf)
+                    state = t.isEmpty() ? -1 : (t == QLatin1String("true") || t == QLatin1String("1")) ? 1 : 0;
+                paintCheck(p, cr, state);
+            } else {
+                QFont f = *ts.font;
+                p.setFont(f);
+                paintCellText(p, cr, editValueText(row, col), col, ts);
+            }
+            p.setPen(kGridLine);
+            p.drawLine(cr.topRight(), cr.bottomRight());
+            p.drawLine(cr.bottomLeft(), cr.bottomRight());
+        }
+        if (contentRight < r.right())
+            p.fillRect(QRect(contentRight, r.y(), r.right() - contentRight + 1, r.height()),
+                       *resolvedStyle(GridElement::Background).color);
+    } else if (kind == RowKind::Group) {
+        const int gx = x0 + level * kIndentStep;
+        const QRect gr(gx, r.y(), std::max(contentRight, r.right()) - gx + 1, r.height());
+        const CellStyle &st = focused ? selSt : groupSt;
+        p.fillRect(gr, *st.color);
+        // [+] / [-]
+        const QRect box(gx + kIndentStep / 2 - 5, r.center().y() - 4, 9, 9);
+        p.fillRect(box, Qt::white);
+        p.setPen(QColor(0x60, 0x60, 0x60));
+        p.drawRect(box);
+        p.setPen(Qt::black);
+        p.drawLine(box.left() + 2, box.center().y(), box.right() - 2, box.center().y());
+        if (!m_model->isExpanded(row))
+            p.drawLine(box.center().x(), box.top() + 2, box.center().x(), box.bottom() - 2);
+        p.setFont(*st.font);
+        p.setPen(*st.textColor);
+        p.drawText(gr.adjusted(kIndentStep + 2, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, m_model->groupRowText(row));
+        p.setPen(kGridLine);
+        p.drawLine(gr.bottomLeft(), gr.bottomRight());
+    } else { // group footer
+        const int fx = x0 + (level + 1) * kIndentStep;
+        const QRect fr(fx, r.y(), std::max(contentRight, r.right()) - fx + 1, r.height());
+        CellStyle st = resolvedStyle(GridElement::Footer);
+        if (m_sheet.has(GridElement::GroupSummary)) {
+            const CellStyle gs = m_sheet.style(GridElement::GroupSummary);
+            if (gs.font)
+                st.font = gs.font;
+            if (gs.textColor)
+                st.textColor = gs.textColor;
+        }
+        p.fillRect(fr, focused ? *selSt.color : *st.color);
+        p.setFont(*st.font);
+        const CellStyle &ts = focused ? selSt : st;
+        for (int i = 0; i < m_visible.size(); ++i) {
+            const int col = m_visible[i];
+            const QString t = m_model->groupFooterTextForColumn(row, col);
+            if (t.isEmpty())
+                continue;
+            QRect cr(firstColumnX() + m_left[i], r.y(), columnWidth(col), r.height());
+            cr.setLeft(std::max(cr.left(), fx));
+            p.setPen(kGridLine);
+            p.drawRect(cr.adjusted(1, 1, -2, -2));
+            paintCellText(p, cr, QString(t).replace(QLatin1Char('\n'), QLatin1String("; ")), col, ts);
+        }
+        p.setPen(kGridLine);
+        p.drawLine(fr.bottomLeft(), fr.bottomRight());
+    }
+    p.restore();
+}
+
+// ------------------------------------------------------------------ focus and keys
+
+void GridTableView::setFocusedColumn(int col)
+{
+    if (col >= 0 && !m_visible.contains(col))
+        return;
+    if (m_focusColumn == col)
+        return;
+    commitEdit();
+    m_focusColumn = col;
+    if (col >= 0) {
+        // Bring the column into view.
+        const int i = int(m_visible.indexOf(col));
+        QScrollBar *hb = horizontalScrollBar();
+        const int left = indentWidth() + m_left[i];
+        const int avail = viewport()->width() - indicatorWidth();
+        if (left < hb->value())
+            hb->setValue(left);
+        else if (left + columnWidth(col) > hb->value() + avail)
+            hb->setValue(std::min(left, left + columnWidth(col) - avail));
+    }
+    viewport()->update();
+}
+
+bool GridTableView::moveFocusTo(qsizetype row)
+{
+    const qsizetype rows = m_model->rowCount();
+    if (rows == 0)
+        return false;
+    row = std::clamp<qsizetype>(row, 0, rows - 1);
+    if (isEditing())
+        commitEdit();
+    db::DataSet *ds = dataSet();
+    if (ds && ds->isEditing() && m_model->dataRow(row) != ds->currentRow()) {
+        guarded([ds] { ds->post(); });
+        if (ds->isEditing())
+            return false; // refused: stay on the row with the changes visible
+    }
+    m_model->setFocusedRow(row);
+    return true;
+}
+
+void GridTableView::moveFocusBy(qsizetype delta)
+{
+    const qsizetype cur = m_model->focusedRow();
+    moveFocusTo(cur < 0 ? 0 : cur + delta);
+}
+
+void GridTableView::keyPressEvent(QKeyEvent *e)
+{
+    const qsizetype row = m_model->focusedRow();
+    const bool ctrl = e->modifiers() & Qt::ControlModifier;
+    const int page = std::max(1, viewport()->height() / m_rowHeight - 1);
+    const RowKind kind = row >= 0 ? m_model->rowKind(row) : RowKind::Data;
+    const bool onGroup = row >= 0 && kind == RowKind::Group;
+    const int vi = int(m_visible.indexOf(m_focusColumn));
+    switch (e->key()) {
+    case Qt::Key_Up: moveFocusBy(-1); return;
+    case Qt::Key_Down: moveFocusBy(1); return;
+    case Qt::Key_PageUp: moveFocusBy(-page); return;
+    case Qt::Key_PageDown: moveFocusBy(page); return;
+    case Qt::Key_Home:
+        if (ctrl || m_visible.isEmpty())
+            moveFocusTo(0);
+        else
+            setFocusedColumn(m_visible.first());
+        return;
+    case Qt::Key_End:
+        if (ctrl || m_visible.isEmpty())
+            moveFocusTo(m_model->rowCount() - 1);
+        else
+            setFocusedColumn(m_visible.last());
+        return;
+    case Qt::Key_Left:
+        if (onGroup) {
+            if (m_model->isExpanded(row))
+                m_model->setExpanded(row, false);
+        } else if (!m_visible.isEmpty()) {
+            setFocusedColumn(m_visible[std::max(0, vi - 1)]);
+        }
+        return;
+    case Qt::Key_Right:
+        if (onGroup) {
+            if (!m_model->isExpanded(row))
+                m_model->setExpanded(row, true);
+        } else if (!m_visible.isEmpty()) {
+            setFocusedColumn(m_visible[vi < 0 ? 0 : std::min(int(m_visible.size()) - 1, vi + 1)]);
+        }
+        return;
+    case Qt::Key_Plus:
+        if (onGroup)
+            m_model->setExpanded(row, true);
+        return;
+    case Qt::Key_Minus:
+        if (onGroup)
+            m_model->setExpanded(row, false);
+        return;
+    case Qt::Key_Escape: {
+        db::DataSet *ds = dataSet();
+        if (ds && ds->isEditing()) {
+            guarded([ds] { ds->cancel(); });
+            viewport()->update();
+            return;
+        }
+        break;
+    }
+    default: break;
+    }
+    if (row >= 0 && kind == RowKind::Data && isColumnEditable(m_focusColumn)) {
+        const bool isBool = m_model->columnKind(m_focusColumn) == ColumnKind::Bool;
+        if (isBool && e->key() == Qt::Key_Space) {
+            toggleCheck(m_focusColumn);
+            return;
+        }
+        if (!isBool) {
+            if (e->key() == Qt::Key_F2 || e->key() == Qt::Key_Return || e->key() == Qt::Key_Enter) {
+                startEdit();
+                return;
+            }
+            const QString t = e->text();
+            if (!t.isEmpty() && t.at(0).isPrint() && !ctrl) {
+                startEdit(t);
+                return;
+            }
+        }
+    }
+    QAbstractScrollArea::keyPressEvent(e);
+}
+
+void GridTableView::mousePressEvent(QMouseEvent *e)
+{
+    setFocus(Qt::MouseFocusReason);
+    const GridHit h = hitTest(e->position().toPoint());
+    if (h.row < 0 || e->button() != Qt::LeftButton)
+        return;
+    if (!moveFocusTo(h.row))
+        return;
+    if (h.expandButton) {
+        m_model->toggleExpanded(h.row);
+        return;
+    }
+    if (h.column >= 0)
+        setFocusedColumn(h.column);
+    if (m_model->rowKind(m_model->focusedRow()) == RowKind::Data && isColumnEditable(h.column)
+        && m_model->columnKind(h.column) == ColumnKind::Bool)
+        toggleCheck(h.column);
+}
+
+void GridTableView::mouseDoubleClickEvent(QMouseEvent *e)
+{
+    const GridHit h = hitTest(e->position().toPoint());
+    if (h.row < 0 || e->button() != Qt::LeftButton)
+        return;
+    const RowKind kind = m_model->rowKind(h.row);
+    if (kind == RowKind::Group && !h.expandButton) {
+        m_model->toggleExpanded(h.row);
+    } else if (kind == RowKind::Data && isColumnEditable(h.column)) {
+        if (m_model->columnKind(h.column) == ColumnKind::Bool)
+            toggleCheck(h.column); // the second click of the pair
+        else
+            startEdit();
+    }
+}
+
+void GridTableView::focusInEvent(QFocusEvent *e)
+{
+    QAbstractScrollArea::focusInEvent(e);
+    viewport()->update();
+}
+
+void GridTableView::focusOutEvent(QFocusEvent *e)
+{
+    QAbstractScrollArea::focusOutEvent(e);
+    viewport()->update();
+}
+
+bool GridTableView::viewportEvent(QEvent *e)
+{
+    return QAbstractScrollArea::viewportEvent(e);
+}
+
+// ------------------------------------------------------------------ editing
+
+bool GridTableView::isEditing() const { return m_editRow >= 0; }
+
+bool GridTableView::startEdit(const QString &initialText)
+{
+    const qsizetype row = m_model->focusedRow();
+    const int col = m_focusColumn;
+    if (row < 0 || m_model->rowKind(row) != RowKind::Data || !isColumnEditable(col)
+        || m_model->columnKind(col) == ColumnKind::Bool)
+        return false;
+    scrollToRow(row);
+    m_editRow = row;
+    m_editColumn = col;
+    m_editor->setFont(*resolvedStyle(GridElement::Content).font);
+    m_editor->setText(initialText.isEmpty() ? editValueText(row, col) : initialText);
+    m_editor->setAccessibleName(m_model->column(col).headerText());
+    m_editor->setGeometry(cellRect(row, col).adjusted(0, 0, -1, -1));
+    m_editor->show();
+    m_editor->setFocus();
+    if (initialText.isEmpty())
+        m_editor->selectAll();
+    return true;
+}
+
+void GridTableView::commitEdit()
+{
+    if (!isEditing())
+        return;
+    const qsizetype row = m_editRow;
+    const int col = m_editColumn;
+    const QString text = m_editor->text();
+    m_editRow = -1;
+    m_editColumn = -1;
+    const bool hadFocus = m_editor->hasFocus();
+    m_editor->hide();
+    if (hadFocus)
+        setFocus();
+    db::DataSet *ds = dataSet();
+    const qsizetype dr = m_model->dataRow(row);
+    const int field = m_model->columnField(col);
+    if (!ds || dr < 0 || field < 0)
+        return;
+    if (text == editValueText(row, col))
+        return; // nothing changed: no edit is started
+    guarded([&] {
+        if (ds->currentRow() != dr)
+            ds->setCurrentRow(dr);
+        ds->setFieldValue(field, text.isEmpty() ? QVariant() : QVariant(text));
+    });
+    viewport()->update();
+}
+
+void GridTableView::cancelEdit()
+{
+    if (!isEditing())
+        return;
+    m_editRow = -1;
+    m_editColumn = -1;
+    const bool hadFocus = m_editor->hasFocus();
+    m_editor->hide();
+    if (hadFocus)
+        setFocus();
+}
+
+bool GridTableView::toggleCheck(int col)
+{
+    const qsizetype row = m_model->focusedRow();
+    db::DataSet *ds = dataSet();
+    const qsizetype dr = m_model->dataRow(row);
+    const int field = m_model->columnField(col);
+    if (!ds || dr < 0 || field < 0 || !isColumnEditable(col) || m_model->columnKind(col) != ColumnKind::Bool)
+        return false;
+    bool ok = false;
+    guarded([&] {
+        if (ds->currentRow() != dr)
+            ds->setCurrentRow(dr);
+        const QVariant v = ds->fieldValue(field);
+        ds->setFieldValue(field, QVariant(!(v.isValid() && v.toBool())));
+        ok = true;
+    });
+    viewport()->update();
+    return ok;
+}
+
+bool GridTableView::eventFilter(QObject *o, QEvent *e)
+{
+    if (o == m_editor) {
+        if (e->type() == QEvent::KeyPress) {
+            auto *ke = static_cast<QKeyEvent *>(e);
+            switch (ke->key()) {
+            case Qt::Key_Return:
+            case Qt::Key_Enter: commitEdit(); return true;
+            case Qt::Key_Escape: cancelEdit(); return true;
+            case Qt::Key_Up: commitEdit(); moveFocusBy(-1); return true;
+            case Qt::Key_Down: commitEdit(); moveFocusBy(1); return true;
+            default: break;
+            }
+        } else if (e->type() == QEvent::FocusOut && isEditing()) {
+            commitEdit();
+        }
+    }
+    return QAbstractScrollArea::eventFilter(o, e);
+}
+
+// ------------------------------------------------------------------ header menu and best fit
+
+int GridTableView::bestFitWidth(int col) const
+{
+    if (col < 0 || col >= m_model->columnCount())
+        return 0;
+    const QFontMetrics hfm(*resolvedStyle(GridElement::Header).font);
+    int w = hfm.horizontalAdvance(m_model->column(col).headerText()) + 22; // room for the sort mark
+    const ColumnKind kind = m_model->columnKind(col);
+    if (kind == ColumnKind::Bool)
+        return std::max(w, 24);
+    const QFontMetrics cfm(*resolvedStyle(GridElement::Content).font);
+    const QFontMetrics ffm(*resolvedStyle(GridElement::Footer).font);
+    const qsizetype rows = m_model->rowCount();
+    // Every row of a grid of ordinary size; on a huge grid the rows around the screen.
+    constexpr qsizetype kAllRowsLimit = 20000;
+    qsizetype from = 0, to = rows;
+    if (rows > kAllRowsLimit) {
+        from = std::max<qsizetype>(0, topRow() - kAllRowsLimit / 2);
+        to = std::min(rows, from + kAllRowsLimit);
+    }
+    for (qsizetype r = from; r < to; ++r) {
+        switch (m_model->rowKind(r)) {
+        case RowKind::Data: w = std::max(w, cfm.horizontalAdvance(m_model->cellText(r, col)) + 8); break;
+        case RowKind::GroupFooter: {
+            const QString t = m_model->groupFooterTextForColumn(r, col);
+            if (!t.isEmpty())
+                w = std::max(w, ffm.horizontalAdvance(QString(t).replace(QLatin1Char('\n'), QLatin1String("; "))) + 10);
+            break;
+        }
+        case RowKind::Group: break;
+        }
+    }
+    for (const QString &line : m_model->footerTextForColumn(col).split(QLatin1Char('\n')))
+        w = std::max(w, ffm.horizontalAdvance(line) + 10);
+    return std::min(w, 1000);
+}
+
+void GridTableView::bestFit(int col)
+{
+    if (col >= 0 && col < m_model->columnCount())
+        m_model->setColumnWidth(col, bestFitWidth(col));
+}
+
+void GridTableView::bestFitAll()
+{
+    for (int c : m_model->visibleColumns())
+        bestFit(c);
+}
+
+QMenu *GridTableView::createHeaderMenu(int col, QWidget *parent)
+{
+    auto *menu = new QMenu(parent ? parent : this);
+    menu->setObjectName(QStringLiteral("cxGridPopupMenu1"));
+    const bool hasCol = col >= 0 && col < m_model->columnCount();
+    const SortOrder order = hasCol ? m_model->column(col).sortOrder : SortOrder::None;
+    const bool grouped = hasCol && m_model->column(col).groupIndex >= 0;
+
+    auto add = [&](QMenu *m, const char *name, const QString &text, bool enabled, auto &&fn) {
+        QAction *a = m->addAction(text);
+        a->setObjectName(QLatin1String(name));
+        a->setEnabled(enabled);
+        connect(a, &QAction::triggered, this, [fn](bool checked) { guarded([&] { fn(checked); }); });
+        return a;
+    };
+    QAction *a = add(menu, "actSortAsc", QStringLiteral("Sortare crescatoare"), hasCol,
+                     [this, col](bool) { m_model->setSortOrder(col, SortOrder::Ascending, m_model->column(col).sortIndex >= 0); });
+    a->setCheckable(true);
+    a->setChecked(order == SortOrder::Ascending);
+    a = add(menu, "actSortDesc", QStringLiteral("Sortare descrescatoare"), hasCol,
+            [this, col](bool) { m_model->setSortOrder(col, SortOrder::Descending, m_model->column(col).sortIndex >= 0); });
+    a->setCheckable(true);
+    a->setChecked(order == SortOrder::Descending);
+    add(menu, "actClearSort", QStringLiteral("Fara sortare"), hasCol && order != SortOrder::None,
+        [this, col](bool) { m_model->setSortOrder(col, SortOrder::None, true); });
+    menu->addSeparator();
+    a = add(menu, "actGroupBy", QStringLiteral("Grupeaza dupa aceasta coloana"), hasCol, [this, col](bool checked) {
+        if (checked)
+            m_model->groupByColumn(col);
+        else
+            m_model->ungroupColumn(col);
+    });
+    a->setCheckable(true);
+    a->setChecked(grouped);
+    a = add(menu, "actGroupByBox", QStringLiteral("Caseta de grupare"), true,
+            [this](bool checked) { m_model->setGroupByBoxVisible(checked); });
+    a->setCheckable(true);
+    a->setChecked(m_model->groupByBoxVisible());
+    a = add(menu, "actFooter", QStringLiteral("Subsol"), true, [this](bool checked) { m_model->setFooterVisible(checked); });
+    a->setCheckable(true);
+    a->setChecked(m_model->footerVisible());
+    menu->addSeparator();
+    add(menu, "actRemoveColumn", QStringLiteral("Elimina aceasta coloana"), hasCol && m_model->visibleColumns().size() > 1,
+        [this, col](bool) {
+            if (m_model->column(col).groupIndex >= 0)
+                m_model->ungroupColumn(col);
+            m_model->setColumnVisible(col, false);
+        });
+    // Field chooser: the columns taken off the view and the fields without a column.
+    QMenu *chooser = menu->addMenu(QStringLiteral("Alegere coloane"));
+    chooser->setObjectName(QStringLiteral("mnuFieldChooser"));
+    chooser->menuAction()->setObjectName(QStringLiteral("actFieldChooser"));
+    for (int c = 0; c < m_model->columnCount(); ++c) {
+        if (m_model->column(c).visible)
+            continue;
+        const QString field = m_model->column(c).fieldName;
+        QAction *ca = add(chooser, "", m_model->column(c).headerText(), true, [this, field](bool) {
+            const int i = m_model->columnIndex(field);
+            if (i >= 0)
+                m_model->setColumnVisible(i, true);
+        });
+        ca->setObjectName(QStringLiteral("actShow_") + field);
+    }
+    for (const QString &field : m_model->fieldsWithoutColumn()) {
+        QAction *ca = add(chooser, "", field, true, [this, field](bool) { m_model->addColumn(field); });
+        ca->setObjectName(QStringLiteral("actShow_") + field);
+    }
+    if (chooser->isEmpty())
+        chooser->addAction(QStringLiteral("(toate coloanele sunt afisate)"))->setEnabled(false);
+    menu->addSeparator();
+    add(menu, "actBestFit", QStringLiteral("Latime optima"), hasCol, [this, col](bool) { bestFit(col); });
+    add(menu, "actBestFitAll", QStringLiteral("Latime optima (toate coloanele)"), true, [this](bool) { bestFitAll(); });
+    return menu;
+}
+
+// ------------------------------------------------------------------ accessibility text
+
+QString GridTableView::accessibleCellText(qsizetype row, int col) const
+{
+    if (row < 0 || row >= m_model->rowCount() || col < 0 || col >= m_model->columnCount())
+        return {};
+    switch (m_model->rowKind(row)) {
+    case RowKind::Data:
+        if (m_model->columnKind(col) == ColumnKind::Bool) {
+            const int s = m_model->cellCheck(row, col);
+            return s < 0 ? QString() : s ? QStringLiteral("True") : QStringLiteral("False");
+        }
+        return editValueText(row, col);
+    case RowKind::Group:
+        return !m_visible.isEmpty() && col == m_visible.first() ? m_model->groupRowText(row) : QString();
+    case RowKind::GroupFooter:
+        return m_model->groupFooterTextForColumn(row, col);
+    }
+    return {};
+}
+
+// ===================================================================== container
+
+Grid::Grid(QWidget *parent) : QWidget(parent)
+{
+    auto *lay = new QVBoxLayout(this);
+    lay->setContentsMargins(0, 0, 0, 0);
+    lay->setSpacing(0);
+    m_view = new GridTableView(this);
+    m_navigator = new GridNavigator(m_view, this);
+    m_navigator->setObjectName(QStringLiteral("navigator"));
+    lay->addWidget(m_view, 1);
+    lay->addWidget(m_navigator);
+    setFocusProxy(m_view);
+}
+
+void Grid::setNavigatorVisible(bool v) { m_navigator->setVisible(v); }
+bool Grid::navigatorVisible() const { return !m_navigator->isHidden(); }
+
+// ===================================================================== navigator
+
+GridNavigator::GridNavigator(GridTableView *view, QWidget *parent) : QWidget(parent), m_view(view)
+{
+    auto *lay = new QHBoxLayout(this);
+    lay->setContentsMargins(2, 2, 2, 2);
+    lay->setSpacing(1);
+    struct Def { const char *name; const char *text; const char *accessible; };
+    static const Def defs[ButtonCount] = {
+        {"btnFirst", "|\u25C0", "Prima inregistrare"},
+        {"btnPrior", "\u25C0", "Inregistrarea anterioara"},
+        {"btnNext", "\u25B6", "Inregistrarea urmatoare"},
+        {"btnLast", "\u25B6|", "Ultima inregistrare"},
+        {"btnInsert", "+", "Adauga"},
+        {"btnDelete", "\u2212", "Sterge"},
+        {"btnPost", "\u2713", "Salveaza modificarile"},
+        {"btnCancel", "\u2715", "Renunta la modificari"},
+    };
+    for (int b = 0; b < ButtonCount; ++b) {
+        auto *tb = new QToolButton(this);
+        tb->setObjectName(QLatin1String(defs[b].name));
+        tb->setText(QString::fromUtf8(defs[b].text));
+        tb->setAccessibleName(QString::fromUtf8(defs[b].accessible));
+        tb->setToolTip(tb->accessibleName());
+        tb->setAutoRaise(true);
+        tb->setFocusPolicy(Qt::TabFocus);
+        connect(tb, &QToolButton::clicked, this, [this, b] { press(Button(b)); });
+        m_buttons[b] = tb;
+        lay->addWidget(tb);
+        if (b >= Insert)
+            tb->hide();
+    }
+    m_info = new QLabel(this);
+    m_info->setObjectName(QStringLiteral("infoPanel"));
+    m_info->setAccessibleName(QStringLiteral("Pozitia inregistrarii"));
+    m_info->setContentsMargins(8, 0, 8, 0);
+    lay->addWidget(m_info);
+    lay->addStretch(1);
+
+    GridModel *m = view->model();
+    connect(m, &GridModel::rowsChanged, this, &GridNavigator::refresh);
+    connect(m, &GridModel::focusChanged, this, &GridNavigator::refresh);
+    refresh();
+}
+
+QString GridNavigator::infoText() const
+{
+    const GridModel *m = m_view->model();
+    return QStringLiteral("Inregistrarea %1 din %2").arg(m->recordNumber()).arg(m->recordCount());
+}
+
+void GridNavigator::refresh()
+{
+    m_info->setText(infoText());
+    const GridModel *m = m_view->model();
+    const qsizetype n = m->recordNumber();
+    const qsizetype count = m->recordCount();
+    auto en = [this](Button b, bool on) { m_buttons[b]->setEnabled(on && !m_disabled.contains(b)); };
+    en(First, count > 0 && n != 1);
+    en(Prior, count > 0 && n != 1);
+    en(Next, count > 0 && n != count);
+    en(Last, count > 0 && n != count);
+    const bool hasDs = m_view->dataSet() && m_view->dataSet()->isActive();
+    en(Insert, hasDs);
+    en(Delete, hasDs && count > 0);
+    en(Post, hasDs);
+    en(Cancel, hasDs);
+}
+
+void GridNavigator::setButtonVisible(Button b, bool v) { m_buttons[b]->setVisible(v); }
+
+void GridNavigator::setButtonEnabled(Button b, bool v)
+{
+    if (v)
+        m_disabled.remove(b);
+    else
+        m_disabled.insert(b);
+    refresh();
+}
+
+void GridNavigator::press(Button b)
+{
+    GridModel *m = m_view->model();
+    db::DataSet *ds = m_view->dataSet();
+    m_view->commitEdit();
+    guarded([&] {
+        if (b <= Last && ds && ds->isEditing())
+            ds->post(); // leaving the row posts it; a refusal stops the move
+        switch (b) {
+        case First: m->firstRecord(); break;
+        case Prior: m->priorRecord(); break;
+        case Next: m->nextRecord(); break;
+        case Last: m->lastRecord(); break;
+        case Insert: if (ds) ds->append(); break;
+        case Delete: if (ds) ds->deleteCurrent(); break;
+        case Post: if (ds && ds->isEditing()) ds->post(); break;
+        case Cancel: if (ds && ds->isEditing()) ds->cancel(); break;
+        case ButtonCount: break;
+        }
+    });
+    refresh();
+    m_view->viewport()->update();
+}
+
+} // namespace ui

@@ -1,0 +1,220 @@
+#pragma once
+// The data grid's widgets: a container (Grid) holding one table view
+// (GridTableView) and its record navigator (GridNavigator).
+//
+// The table view paints what its GridModel (ui/core) says: the group-by box,
+// the header, the filter row, the rows (data, group and group footer rows),
+// the footer with the grand summaries. Rows are painted by the view itself,
+// only those on screen, all of one height; no widget per row. The strips
+// above and below the rows are children of the view kept aligned with the
+// columns on scroll and resize.
+//
+// The display is read-only except for columns marked editable: a text column
+// edits in place (F2, Enter, a typed character or a double click), a boolean
+// column toggles its check box (click or Space). Changes go to the dataset's
+// edit buffer through DataSet::setFieldValue and are posted when the focus
+// leaves the row.
+
+#include "ui/core/u_gridmodel.h"
+#include "ui/u_gridstylesheet.h"
+
+#include <QAbstractScrollArea>
+#include <QPointer>
+#include <QSet>
+#include <QWidget>
+
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QToolButton;
+
+namespace ui {
+
+class GridGroupByBox;
+class GridHeader;
+class GridFilterRow;
+class GridFooter;
+
+// What lies under a point of the row area.
+struct GridHit {
+    qsizetype row = -1;        // display row, -1 when none
+    int column = -1;           // model column, -1 when none (indicator, indent, empty space)
+    bool expandButton = false; // the [+]/[-] of a group row
+};
+
+class GridTableView : public QAbstractScrollArea {
+    Q_OBJECT
+public:
+    explicit GridTableView(QWidget *parent = nullptr);
+    ~GridTableView() override;
+
+    GridModel *model() const { return m_model; }
+    void setDataSet(db::DataSet *ds);
+    db::DataSet *dataSet() const;
+
+    // ----- options (the view options live in the model and its layout)
+    void setFilterRowVisible(bool v) { m_model->setFilterRowVisible(v); }
+    void setFooterVisible(bool v) { m_model->setFooterVisible(v); }
+    void setGroupFootersVisible(bool v) { m_model->setGroupFootersVisible(v); }
+    void setIndicatorVisible(bool v) { m_model->setIndicatorVisible(v); }
+    void setGroupByBoxVisible(bool v) { m_model->setGroupByBoxVisible(v); }
+
+    // A column whose field is editable (by field name, case-insensitive).
+    void setColumnEditable(const QString &fieldName, bool editable);
+    bool isColumnEditable(int col) const;
+
+    const GridStyleSheet &gridStyleSheet() const { return m_sheet; }
+    void setGridStyleSheet(const GridStyleSheet &sheet);
+    // The style of an element with the view's defaults filled in.
+    CellStyle resolvedStyle(GridElement e) const;
+
+    // ----- geometry (view coordinates of the row area = viewport)
+    int rowHeight() const { return m_rowHeight; }
+    int indicatorWidth() const;
+    int indentWidth() const;               // all group levels together
+    // Left edge of a visible column in viewport coordinates (scrolled), -1 when hidden.
+    int columnLeft(int col) const;
+    int columnWidth(int col) const;
+    int columnAtX(int x) const;            // viewport x -> model column, -1 when none
+    qsizetype topRow() const;
+    int visibleRowCount() const;           // rows that fit the viewport (last may be partial)
+    QRect rowRect(qsizetype displayRow) const;
+    QRect cellRect(qsizetype displayRow, int col) const;
+    GridHit hitTest(const QPoint &viewportPos) const;
+    void scrollToRow(qsizetype displayRow);
+
+    // ----- focus
+    int focusedColumn() const { return m_focusColumn; }
+    void setFocusedColumn(int col);
+    // Moves the focus to a display row, posting a pending edit of the dataset
+    // first; false (focus unchanged) when the post is refused.
+    bool moveFocusTo(qsizetype displayRow);
+
+    // ----- header popup menu: built on demand and returned, never executed here.
+    // Its object name is "cxGridPopupMenu1"; actions carry object names
+    // (actSortAsc, actSortDesc, actClearSort, actGroupBy, actGroupByBox,
+    // actFooter, actRemoveColumn, actFieldChooser (a sub-menu), actBestFit,
+    // actBestFitAll).
+    QMenu *createHeaderMenu(int col, QWidget *parent = nullptr);
+    void bestFit(int col);
+    void bestFitAll();
+    int bestFitWidth(int col) const;
+
+    // ----- in-place editing
+    bool isEditing() const;
+    QLineEdit *cellEditor() const { return m_editor; }
+    bool startEdit(const QString &initialText = {});
+    void commitEdit();
+    void cancelEdit();
+    // Toggles a boolean editable cell of the focused row (the click on its check).
+    bool toggleCheck(int col);
+
+    // The strips, for tests and forms.
+    GridGroupByBox *groupByBox() const { return m_groupBox; }
+    GridHeader *header() const { return m_header; }
+    GridFilterRow *filterRow() const { return m_filterRow; }
+    GridFooter *footer() const { return m_footer; }
+
+    // Text of a display row's cell as the operator reads it (accessibility):
+    // data cells as shown (checks as "True"/"False"), the group text in the
+    // first column of group rows, the group summaries in group footer rows.
+    QString accessibleCellText(qsizetype displayRow, int col) const;
+
+    // Lays the strips and the scroll bars out again (after a change of columns or options).
+    void updateGeometries();
+
+protected:
+    void paintEvent(QPaintEvent *e) override;
+    void resizeEvent(QResizeEvent *e) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void mousePressEvent(QMouseEvent *e) override;
+    void mouseDoubleClickEvent(QMouseEvent *e) override;
+    void keyPressEvent(QKeyEvent *e) override;
+    void focusInEvent(QFocusEvent *e) override;
+    void focusOutEvent(QFocusEvent *e) override;
+    bool viewportEvent(QEvent *e) override;
+    bool eventFilter(QObject *o, QEvent *e) override;
+    void changeEvent(QEvent *e) override;
+
+private:
+    friend class GridHeader;
+    friend class GridGroupByBox;
+    friend class GridFilterRow;
+    friend class GridFooter;
+
+    void onColumnsChanged();
+    void onRowsChanged();
+    void onFocusChanged(qsizetype row);
+    void updateScrollBars();
+    void updateRowHeight();
+    void paintRow(QPainter &p, qsizetype row, const QRect &r, const QRect &clip);
+    void paintCellText(QPainter &p, const QRect &r, const QString &text, int col, const CellStyle &st) const;
+    void paintCheck(QPainter &p, const QRect &r, int state) const;
+    void paintIndicator(QPainter &p, const QRect &r, bool focused) const;
+    void moveFocusBy(qsizetype delta);
+    QString editValueText(qsizetype row, int col, bool *fromBuffer = nullptr) const;
+    int firstColumnX() const;             // viewport x of the first visible column's left edge
+
+    GridModel *m_model = nullptr;
+    GridGroupByBox *m_groupBox = nullptr;
+    GridHeader *m_header = nullptr;
+    GridFilterRow *m_filterRow = nullptr;
+    GridFooter *m_footer = nullptr;
+    QLineEdit *m_editor = nullptr;
+    qsizetype m_editRow = -1;
+    int m_editColumn = -1;
+    GridStyleSheet m_sheet;
+    QSet<QString> m_editable;             // lower-case field names
+    int m_rowHeight = 18;
+    int m_focusColumn = -1;
+    QList<int> m_visible;                 // visible columns, display order
+    QList<int> m_left;                    // unscrolled left of each visible column (after indicator and indent)
+    int m_totalWidth = 0;
+};
+
+// The container: one table view over its navigator.
+class Grid : public QWidget {
+    Q_OBJECT
+public:
+    explicit Grid(QWidget *parent = nullptr);
+
+    GridTableView *view() const { return m_view; }
+    class GridNavigator *navigator() const { return m_navigator; }
+    void setNavigatorVisible(bool v);
+    bool navigatorVisible() const;
+
+private:
+    GridTableView *m_view;
+    class GridNavigator *m_navigator;
+};
+
+// The record navigator: first, previous, next, last, and "Inregistrarea N din M"
+// of the rows passing the filter. Insert, delete, post and cancel buttons are
+// there for grids that edit, hidden unless asked for.
+class GridNavigator : public QWidget {
+    Q_OBJECT
+public:
+    enum Button { First, Prior, Next, Last, Insert, Delete, Post, Cancel, ButtonCount };
+    explicit GridNavigator(GridTableView *view, QWidget *parent = nullptr);
+
+    QToolButton *button(Button b) const { return m_buttons[b]; }
+    void setButtonVisible(Button b, bool v);
+    void setButtonEnabled(Button b, bool v);
+    QLabel *infoPanel() const { return m_info; }
+    QString infoText() const;
+
+private:
+    void refresh();
+    void press(Button b);
+
+    GridTableView *m_view;
+    QToolButton *m_buttons[ButtonCount] = {};
+    QLabel *m_info = nullptr;
+    QSet<int> m_disabled;
+};
+
+// Installs the accessible table interface of the grid (once per program; the
+// view does it itself when constructed).
+void installGridAccessibility();
+
+} // namespace ui

@@ -1,0 +1,272 @@
+// The grid as an accessible table: screen readers and desktop automation read
+// the rows the operator sees (display rows, visible columns in display order),
+// the column captions as header cells, and each cell's text as shown.
+
+#include "ui/u_grid.h"
+#include "ui/u_gridstrips.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+#include <QHash>
+#include <QPointer>
+#include <QScrollBar>
+
+namespace ui {
+
+namespace {
+
+class GridAccessibleTable;
+
+class GridAccessibleCell : public QAccessibleInterface, public QAccessibleTableCellInterface {
+public:
+    GridAccessibleCell(GridTableView *view, const GridAccessibleTable *table, int row, int visCol)
+        : m_view(view), m_table(table), m_row(row), m_col(visCol)
+    {
+    }
+
+    bool isValid() const override;
+    QObject *object() const override { return nullptr; }
+    QWindow *window() const override { return m_view ? m_view->window()->windowHandle() : nullptr; }
+    QAccessibleInterface *childAt(int, int) const override { return nullptr; }
+    QAccessibleInterface *parent() const override;
+    QAccessibleInterface *child(int) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface *) const override { return -1; }
+    QString text(QAccessible::Text t) const override;
+    void setText(QAccessible::Text, const QString &) override {}
+    QRect rect() const override;
+    QAccessible::Role role() const override { return m_row < 0 ? QAccessible::ColumnHeader : QAccessible::Cell; }
+    QAccessible::State state() const override;
+    void *interface_cast(QAccessible::InterfaceType t) override
+    {
+        return t == QAccessible::TableCellInterface ? static_cast<QAccessibleTableCellInterface *>(this) : nullptr;
+    }
+
+    bool isSelected() const override;
+    QList<QAccessibleInterface *> columnHeaderCells() const override;
+    QList<QAccessibleInterface *> rowHeaderCells() const override { return {}; }
+    int columnIndex() const override { return m_col; }
+    int rowIndex() const override { return m_row; }
+    int columnExtent() const override { return 1; }
+    int rowExtent() const override { return 1; }
+    QAccessibleInterface *table() const override;
+
+private:
+    int modelColumn() const
+    {
+        const QList<int> vis = m_view->model()->visibleColumns();
+        return m_col >= 0 && m_col < vis.size() ? vis[m_col] : -1;
+    }
+
+    QPointer<GridTableView> m_view;
+    const GridAccessibleTable *m_table;
+    int m_row; // display row; -1 for the header cells
+    int m_col; // index among the visible columns
+};
+
+class GridAccessibleTable : public QAccessibleWidget, public QAccessibleTableInterface {
+public:
+    explicit GridAccessibleTable(GridTableView *view) : QAccessibleWidget(view, QAccessible::Table), m_view(view)
+    {
+        auto drop = [this] { clearCells(); };
+        m_conns << QObject::connect(view->model(), &GridModel::rowsChanged, view, drop);
+        m_conns << QObject::connect(view->model(), &GridModel::columnsChanged, view, drop);
+    }
+    ~GridAccessibleTable() override
+    {
+        for (const auto &c : std::as_const(m_conns))
+            QObject::disconnect(c);
+        clearCells();
+    }
+
+    GridTableView *view() const { return m_view; }
+
+    void *interface_cast(QAccessible::InterfaceType t) override
+    {
+        if (t == QAccessible::TableInterface)
+            return static_cast<QAccessibleTableInterface *>(this);
+        return QAccessibleWidget::interface_cast(t);
+    }
+
+    QString text(QAccessible::Text t) const override
+    {
+        if (t == QAccessible::Name) {
+            const QString n = m_view->accessibleName();
+            return n.isEmpty() ? m_view->objectName() : n;
+        }
+        return QAccessibleWidget::text(t);
+    }
+
+    // Children: the header cells, then the cells row by row.
+    int childCount() const override { return (rowCount() + 1) * columnCount(); }
+    QAccessibleInterface *child(int index) const override
+    {
+        const int cols = columnCount();
+        if (cols == 0 || index < 0 || index >= childCount())
+            return nullptr;
+        return cell(index / cols - 1, index % cols);
+    }
+    int indexOfChild(const QAccessibleInterface *iface) const override
+    {
+        if (!iface || iface->role() == QAccessible::Table)
+            return -1;
+        auto *c = const_cast<QAccessibleInterface *>(iface)->tableCellInterface();
+        if (!c)
+            return -1;
+        return (iface->role() == QAccessible::ColumnHeader ? 0 : c->rowIndex() + 1) * columnCount() + c->columnIndex();
+    }
+    QAccessibleInterface *childAt(int x, int y) const override
+    {
+        const QPoint vp = m_view->viewport()->mapFromGlobal(QPoint(x, y));
+        const GridHit h = m_view->hitTest(vp);
+        if (h.row < 0 || h.column < 0)
+            return nullptr;
+        return cell(int(h.row), int(m_view->model()->visibleColumns().indexOf(h.column)));
+    }
+
+    QAccessibleInterface *caption() const override { return nullptr; }
+    QAccessibleInterface *summary() const override { return nullptr; }
+    QAccessibleInterface *cellAt(int row, int column) const override
+    {
+        if (row < 0 || row >= rowCount() || column < 0 || column >= columnCount())
+            return nullptr;
+        return cell(row, column);
+    }
+    int selectedCellCount() const override { return selectedRowCount() * columnCount(); }
+    QList<QAccessibleInterface *> selectedCells() const override
+    {
+        QList<QAccessibleInterface *> out;
+        const qsizetype r = m_view->model()->focusedRow();
+        if (r >= 0)
+            for (int c = 0; c < columnCount(); ++c)
+                out << cell(int(r), c);
+        return out;
+    }
+    QString columnDescription(int column) const override
+    {
+        const QList<int> vis = m_view->model()->visibleColumns();
+        return column >= 0 && column < vis.size() ? m_view->model()->column(vis[column]).headerText() : QString();
+    }
+    QString rowDescription(int) const override { return {}; }
+    int selectedColumnCount() const override { return 0; }
+    int selectedRowCount() const override { return m_view->model()->focusedRow() >= 0 ? 1 : 0; }
+    int columnCount() const override { return int(m_view->model()->visibleColumns().size()); }
+    int rowCount() const override { return int(m_view->model()->rowCount()); }
+    QList<int> selectedColumns() const override { return {}; }
+    QList<int> selectedRows() const override
+    {
+        const qsizetype r = m_view->model()->focusedRow();
+        return r >= 0 ? QList<int>{int(r)} : QList<int>{};
+    }
+    bool isColumnSelected(int) const override { return false; }
+    bool isRowSelected(int row) const override { return row >= 0 && row == m_view->model()->focusedRow(); }
+    bool selectRow(int row) override { return m_view->moveFocusTo(row); }
+    bool selectColumn(int) override { return false; }
+    bool unselectRow(int) override { return false; }
+    bool unselectColumn(int) override { return false; }
+    void modelChange(QAccessibleTableModelChangeEvent *) override { clearCells(); }
+
+private:
+    QAccessibleInterface *cell(int row, int col) const
+    {
+        const quint64 key = (quint64(quint32(row + 1)) << 32) | quint32(col);
+        const auto it = m_cells.constFind(key);
+        if (it != m_cells.cend())
+            if (QAccessibleInterface *iface = QAccessible::accessibleInterface(*it))
+                return iface;
+        auto *iface = new GridAccessibleCell(m_view, this, row, col);
+        m_cells.insert(key, QAccessible::registerAccessibleInterface(iface));
+        return iface;
+    }
+    void clearCells()
+    {
+        for (QAccessible::Id id : std::as_const(m_cells))
+            QAccessible::deleteAccessibleInterface(id);
+        m_cells.clear();
+    }
+
+    GridTableView *m_view;
+    mutable QHash<quint64, QAccessible::Id> m_cells;
+    QList<QMetaObject::Connection> m_conns;
+};
+
+bool GridAccessibleCell::isValid() const
+{
+    if (!m_view)
+        return false;
+    const GridModel *m = m_view->model();
+    return m_col >= 0 && m_col < m->visibleColumns().size() && m_row < m->rowCount();
+}
+
+QAccessibleInterface *GridAccessibleCell::parent() const { return const_cast<GridAccessibleTable *>(m_table); }
+QAccessibleInterface *GridAccessibleCell::table() const { return parent(); }
+
+QString GridAccessibleCell::text(QAccessible::Text t) const
+{
+    if (!isValid() || (t != QAccessible::Name && t != QAccessible::Value))
+        return {};
+    const int col = modelColumn();
+    if (m_row < 0)
+        return m_view->model()->column(col).headerText();
+    return m_view->accessibleCellText(m_row, col);
+}
+
+QRect GridAccessibleCell::rect() const
+{
+    if (!isValid())
+        return {};
+    const int col = modelColumn();
+    if (m_row < 0) {
+        const QWidget *h = m_view->header();
+        const QRect r(m_view->columnLeft(col), 0, m_view->columnWidth(col), h->height());
+        return QRect(h->mapToGlobal(r.topLeft()), r.size());
+    }
+    const QRect r = m_view->cellRect(m_row, col);
+    return QRect(m_view->viewport()->mapToGlobal(r.topLeft()), r.size());
+}
+
+QAccessible::State GridAccessibleCell::state() const
+{
+    QAccessible::State s;
+    if (!isValid())
+        return s;
+    s.selectable = m_row >= 0;
+    s.selected = isSelected();
+    const qsizetype top = m_view->topRow();
+    s.invisible = m_row >= 0 && (m_row < top || m_row >= top + m_view->visibleRowCount());
+    s.offscreen = s.invisible;
+    s.focusable = m_row >= 0;
+    s.focused = s.selected && m_view->hasFocus() && m_view->focusedColumn() == modelColumn();
+    return s;
+}
+
+bool GridAccessibleCell::isSelected() const
+{
+    return m_view && m_row >= 0 && m_row == m_view->model()->focusedRow();
+}
+
+QList<QAccessibleInterface *> GridAccessibleCell::columnHeaderCells() const
+{
+    QAccessibleInterface *h = m_row >= 0 ? const_cast<GridAccessibleTable *>(m_table)->child(m_col) : nullptr;
+    return h ? QList<QAccessibleInterface *>{h} : QList<QAccessibleInterface *>{};
+}
+
+QAccessibleInterface *gridFactory(const QString &className, QObject *object)
+{
+    if (className == QLatin1String("ui::GridTableView") && object && object->isWidgetType())
+        return new GridAccessibleTable(static_cast<GridTableView *>(object));
+    return nullptr;
+}
+
+} // namespace
+
+void installGridAccessibility()
+{
+    static const bool installed = [] {
+        QAccessible::installFactory(gridFactory);
+        return true;
+    }();
+    Q_UNUSED(installed);
+}
+
+} // namespace ui
