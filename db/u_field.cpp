@@ -37,8 +37,8 @@ Column::Column(FieldType type) : m_type(type)
 {
     switch (type) {
     case FieldType::Float: m_store = Store::Doubles; break;
+    case FieldType::Bool: m_store = Store::Int8s; break;
     case FieldType::Int32:
-    case FieldType::Bool:
     case FieldType::Date: m_store = Store::Int32s; break;
     case FieldType::Int64:
     case FieldType::DateTime: m_store = Store::Int64s; break;
@@ -120,6 +120,7 @@ void Column::reserve(qsizetype rows)
     m_nulls.reserve((n + 63) / 64);
     switch (m_store) {
     case Store::Doubles: m_doubles.reserve(n); break;
+    case Store::Int8s: m_i8.reserve(n); break;
     case Store::Int32s: m_i32.reserve(n); break;
     case Store::Int64s: m_i64.reserve(n); break;
     case Store::Text: m_codes.reserve(n); break;
@@ -131,9 +132,11 @@ void Column::clear()
     m_rows = 0;
     m_nulls.clear();
     m_doubles.clear();
+    m_i8.clear();
     m_i32.clear();
     m_i64.clear();
     m_codes.clear();
+    m_last = 0;
     m_offsets.clear();
     m_pool.clear();
     m_hash.clear();
@@ -163,12 +166,13 @@ void Column::appendNull()
     pushNullBit(true);
     switch (m_store) {
     case Store::Doubles: m_doubles.push_back(0.0); break;
+    case Store::Int8s: m_i8.push_back(0); break;
     case Store::Int32s: m_i32.push_back(0); break;
     case Store::Int64s: m_i64.push_back(0); break;
     case Store::Text:
         if (m_offsets.size() == 0)
             addEntry(nullptr, 0);
-        m_codes.push_back(0);
+        m_codes.push(0);
         break;
     }
 }
@@ -177,6 +181,7 @@ void Column::appendDouble(double v)
 {
     switch (m_store) {
     case Store::Doubles: pushNullBit(false); m_doubles.push_back(v); break;
+    case Store::Int8s: pushNullBit(false); m_i8.push_back(v != 0 ? 1 : 0); break;
     case Store::Int32s: pushNullBit(false); m_i32.push_back(qint32(v)); break;
     case Store::Int64s: pushNullBit(false); m_i64.push_back(qint64(v)); break;
     case Store::Text: appendNull(); break;
@@ -187,6 +192,7 @@ void Column::appendInt64(qint64 v)
 {
     switch (m_store) {
     case Store::Doubles: pushNullBit(false); m_doubles.push_back(double(v)); break;
+    case Store::Int8s: pushNullBit(false); m_i8.push_back(v != 0 ? 1 : 0); break;
     case Store::Int32s: pushNullBit(false); m_i32.push_back(qint32(v)); break;
     case Store::Int64s: pushNullBit(false); m_i64.push_back(v); break;
     case Store::Text: appendNull(); break;
@@ -248,8 +254,14 @@ quint32 Column::intern(const char *data, size_t len)
         addEntry(nullptr, 0); // entry 0: the empty value, also under nulls
     if (len == 0)
         return 0;
+    // Rows often come grouped: the value of the row before needs no look-up.
+    if (m_last) {
+        const quint64 a = m_offsets[m_last];
+        if (m_offsets[m_last + 1] - a == len && std::memcmp(m_pool.data() + a, data, len) == 0)
+            return m_last;
+    }
     if (!m_lookup)
-        return addEntry(data, len);
+        return m_last = addEntry(data, len);
     const size_t entries = m_offsets.size() - 1;
     if (m_hash.size() < (entries + 1) * 2)
         rehash(m_hash.size() < 1024 ? 1024 : m_hash.size() * 2);
@@ -262,13 +274,13 @@ quint32 Column::intern(const char *data, size_t len)
             const size_t e = size_t(slot & 0xFFFFFFFFu);
             const quint64 a = m_offsets[e];
             if (m_offsets[e + 1] - a == len && std::memcmp(m_pool.data() + a, data, len) == 0)
-                return quint32(e);
+                return m_last = quint32(e);
         }
         i = (i + 1) & mask;
     }
     const quint32 e = addEntry(data, len);
     m_hash[i] = tag | e;
-    return e;
+    return m_last = e;
 }
 
 // A column whose values hardly repeat stops paying for the look-up.
@@ -288,7 +300,7 @@ void Column::appendBytes(const char *data, qsizetype len)
         append(QVariant(QString::fromUtf8(data, len)));
         return;
     }
-    m_codes.push_back(intern(data, size_t(len)));
+    m_codes.push(intern(data, size_t(len)));
     pushNullBit(false);
     reviewLookup();
 }
@@ -374,9 +386,10 @@ void Column::set(qsizetype row, const QVariant &v)
     setNullBit(r, !ok);
     switch (m_store) {
     case Store::Doubles: m_doubles[r] = ok ? d : 0.0; break;
+    case Store::Int8s: m_i8[r] = ok && i != 0 ? 1 : 0; break;
     case Store::Int32s: m_i32[r] = ok ? qint32(i) : 0; break;
     case Store::Int64s: m_i64[r] = ok ? i : 0; break;
-    case Store::Text: m_codes[r] = ok ? intern(b.constData(), size_t(b.size())) : 0; break;
+    case Store::Text: m_codes.set(r, ok ? intern(b.constData(), size_t(b.size())) : 0); break;
     }
 }
 
@@ -396,6 +409,7 @@ void Column::insertNull(qsizetype row)
     }
     switch (m_store) {
     case Store::Doubles: m_doubles.insert(at, 0.0); break;
+    case Store::Int8s: m_i8.insert(at, 0); break;
     case Store::Int32s: m_i32.insert(at, 0); break;
     case Store::Int64s: m_i64.insert(at, 0); break;
     case Store::Text:
@@ -429,6 +443,7 @@ void Column::removeAt(qsizetype row)
         m_nulls.resize(m_rows >> 6);
     switch (m_store) {
     case Store::Doubles: m_doubles.erase(at); break;
+    case Store::Int8s: m_i8.erase(at); break;
     case Store::Int32s: m_i32.erase(at); break;
     case Store::Int64s: m_i64.erase(at); break;
     case Store::Text: m_codes.erase(at); break;
@@ -437,8 +452,8 @@ void Column::removeAt(qsizetype row)
 
 qsizetype Column::memoryUsage() const
 {
-    return qsizetype(m_nulls.capacity() * 8 + m_doubles.capacity() * 8 + m_i32.capacity() * 4
-                     + m_i64.capacity() * 8 + m_codes.capacity() * 4 + m_offsets.capacity() * 8
+    return qsizetype(m_nulls.capacity() * 8 + m_doubles.capacity() * 8 + m_i8.capacity() + m_i32.capacity() * 4
+                     + m_i64.capacity() * 8 + m_codes.bytes() + m_offsets.capacity() * 8
                      + m_pool.capacity() + m_hash.capacity() * 8);
 }
 

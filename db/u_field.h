@@ -134,6 +134,111 @@ private:
     size_t m_cap = 0;
 };
 
+// Entry numbers of a text column, one per row, kept in the narrowest width
+// that holds the largest number so far (1, 2 or 4 bytes).
+class CodeBuf {
+public:
+    size_t size() const noexcept { return m_n; }
+    quint32 get(size_t i) const noexcept
+    {
+        switch (m_width) {
+        case 1: return m_w1[i];
+        case 2: return m_w2[i];
+        default: return m_w4[i];
+        }
+    }
+    void push(quint32 c)
+    {
+        fit(c);
+        switch (m_width) {
+        case 1: m_w1.push_back(quint8(c)); break;
+        case 2: m_w2.push_back(quint16(c)); break;
+        default: m_w4.push_back(c); break;
+        }
+        ++m_n;
+    }
+    void set(size_t i, quint32 c)
+    {
+        fit(c);
+        switch (m_width) {
+        case 1: m_w1[i] = quint8(c); break;
+        case 2: m_w2[i] = quint16(c); break;
+        default: m_w4[i] = c; break;
+        }
+    }
+    void insert(size_t at, quint32 c)
+    {
+        fit(c);
+        switch (m_width) {
+        case 1: m_w1.insert(at, quint8(c)); break;
+        case 2: m_w2.insert(at, quint16(c)); break;
+        default: m_w4.insert(at, c); break;
+        }
+        ++m_n;
+    }
+    void erase(size_t at)
+    {
+        switch (m_width) {
+        case 1: m_w1.erase(at); break;
+        case 2: m_w2.erase(at); break;
+        default: m_w4.erase(at); break;
+        }
+        --m_n;
+    }
+    void reserve(size_t n)
+    {
+        switch (m_width) {
+        case 1: m_w1.reserve(n); break;
+        case 2: m_w2.reserve(n); break;
+        default: m_w4.reserve(n); break;
+        }
+    }
+    void clear() noexcept
+    {
+        m_w1.clear();
+        m_w2.clear();
+        m_w4.clear();
+        m_width = 1;
+        m_n = 0;
+    }
+    size_t bytes() const noexcept { return m_w1.capacity() + m_w2.capacity() * 2 + m_w4.capacity() * 4; }
+
+private:
+    void fit(quint32 c)
+    {
+        if (m_width == 1 && c > 0xFF) {
+            if (c > 0xFFFF)
+                widenTo4();
+            else
+                widenTo2();
+        } else if (m_width == 2 && c > 0xFFFF) {
+            widenTo4();
+        }
+    }
+    void widenTo2()
+    {
+        m_w2.reserve(m_w1.capacity() > m_n ? m_w1.capacity() : m_n + 1);
+        for (size_t i = 0; i < m_n; ++i)
+            m_w2.push_back(m_w1[i]);
+        m_w1.clear();
+        m_width = 2;
+    }
+    void widenTo4()
+    {
+        m_w4.reserve((m_width == 1 ? m_w1.capacity() : m_w2.capacity()) > m_n ? (m_width == 1 ? m_w1.capacity() : m_w2.capacity()) : m_n + 1);
+        for (size_t i = 0; i < m_n; ++i)
+            m_w4.push_back(get(i));
+        m_w1.clear();
+        m_w2.clear();
+        m_width = 4;
+    }
+    PodBuf<quint8> m_w1;
+    PodBuf<quint16> m_w2;
+    PodBuf<quint32> m_w4;
+    size_t m_n = 0;
+    int m_width = 1;
+};
+
 // Values of one field for all rows, in compact typed storage: a null bitmap;
 // numbers in one array of their natural width; text and bytes as an entry
 // number per row into a pool of distinct values (repeated values such as
@@ -166,7 +271,7 @@ public:
     // values (equal numbers mean equal values; unequal numbers may still hold
     // equal values once the column stopped looking for repeats). 0 for null
     // and empty.
-    quint32 textId(qsizetype row) const noexcept { return usesText() ? m_codes[size_t(row)] : 0; }
+    quint32 textId(qsizetype row) const noexcept { return usesText() ? m_codes.get(size_t(row)) : 0; }
 
     void reserve(qsizetype rows);
     void clear();
@@ -183,19 +288,21 @@ public:
     qsizetype memoryUsage() const;
 
 private:
-    enum class Store : std::uint8_t { Doubles, Int32s, Int64s, Text };
+    enum class Store : std::uint8_t { Doubles, Int8s, Int32s, Int64s, Text };
     FieldType m_type;
     Store m_store;
     size_t m_rows = 0;
     PodBuf<quint64> m_nulls;    // bit per row, 1 = null
     PodBuf<double> m_doubles;   // Float
-    PodBuf<qint32> m_i32;       // Int32, Bool, Date
+    PodBuf<qint32> m_i32;       // Int32, Date
     PodBuf<qint64> m_i64;       // Int64, DateTime
-    PodBuf<quint32> m_codes;    // Text: entry per row
+    PodBuf<quint8> m_i8;        // Bool
+    CodeBuf m_codes;            // Text: entry per row
     PodBuf<quint64> m_offsets;  // Text: entry i spans [m_offsets[i], m_offsets[i + 1]) of m_pool
     PodBuf<char> m_pool;        // Text: the bytes of the entries
     PodBuf<quint64> m_hash;     // Text: open-addressing table (hash high bits << 32 | entry), 0 = free
     bool m_lookup = true;       // still looking for repeated values
+    quint32 m_last = 0;         // Text: entry of the last value added
 
     bool usesText() const noexcept { return m_store == Store::Text; }
     void pushNullBit(bool null);
@@ -210,6 +317,7 @@ inline double Column::asDouble(qsizetype row) const noexcept
 {
     switch (m_store) {
     case Store::Doubles: return m_doubles[size_t(row)];
+    case Store::Int8s: return double(m_i8[size_t(row)]);
     case Store::Int32s: return double(m_i32[size_t(row)]);
     case Store::Int64s: return double(m_i64[size_t(row)]);
     case Store::Text: break;
@@ -221,6 +329,7 @@ inline qint64 Column::asInt64(qsizetype row) const noexcept
 {
     switch (m_store) {
     case Store::Doubles: return qint64(m_doubles[size_t(row)]);
+    case Store::Int8s: return m_i8[size_t(row)];
     case Store::Int32s: return m_i32[size_t(row)];
     case Store::Int64s: return m_i64[size_t(row)];
     case Store::Text: break;
@@ -232,7 +341,7 @@ inline QByteArrayView Column::bytes(qsizetype row) const noexcept
 {
     if (!usesText())
         return {};
-    const quint32 e = m_codes[size_t(row)];
+    const quint32 e = m_codes.get(size_t(row));
     const quint64 a = m_offsets[e];
     return QByteArrayView(m_pool.data() + a, qsizetype(m_offsets[e + 1] - a));
 }
