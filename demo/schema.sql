@@ -544,8 +544,8 @@ lin as (
 ),
 tot as (
     select data_doc, tip_doc, nr_doc,
-           sum(ven_lei) as ven_lei, sum(chelt_lei) as chelt_lei,
-           sum(ven_mon) as ven_mon, sum(chelt_mon) as chelt_mon
+           round(sum(ven_lei)::numeric, 2) as ven_lei, round(sum(chelt_lei)::numeric, 2) as chelt_lei,
+           round(sum(ven_mon)::numeric, 2) as ven_mon, round(sum(chelt_mon)::numeric, 2) as chelt_mon
     from lin
     group by data_doc, tip_doc, nr_doc
 )
@@ -557,7 +557,7 @@ select l.com_int,
        l.partener_doc                                     as partener,
        l.ven_lei::double precision                        as venituri,
        l.chelt_lei::double precision                      as cheltuieli,
-       (l.ven_lei - l.chelt_lei)::double precision        as profit,
+       round((l.ven_lei - l.chelt_lei)::numeric, 2)::double precision as profit,
        l.furnizor,
        l.val_furn_previz,
        t.chelt_mon::double precision                      as cheltuieli_doc_moneda,
@@ -620,7 +620,7 @@ select l.com_int,
        a.grupa_articol,
        t.ven_lei::double precision                        as venituri_doc,
        t.chelt_lei::double precision                      as cheltuieli_doc,
-       (t.ven_lei - t.chelt_lei)::double precision        as profit_doc,
+       round((t.ven_lei - t.chelt_lei)::numeric, 2)::double precision as profit_doc,
        l.data_ins,
        l.mon_furn,
        false                                              as da_nu_returnare_piese_inlocuite,
