@@ -137,6 +137,7 @@ void Column::clear()
     m_i64.clear();
     m_codes.clear();
     m_last = 0;
+    m_probes = m_misses = 0;
     m_offsets.clear();
     m_pool.clear();
     m_hash.clear();
@@ -273,25 +274,33 @@ quint32 Column::intern(const char *data, size_t len)
         if ((slot & 0xFFFFFFFF00000000ull) == tag) {
             const size_t e = size_t(slot & 0xFFFFFFFFu);
             const quint64 a = m_offsets[e];
-            if (m_offsets[e + 1] - a == len && std::memcmp(m_pool.data() + a, data, len) == 0)
+            if (m_offsets[e + 1] - a == len && std::memcmp(m_pool.data() + a, data, len) == 0) {
+                reviewLookup(true);
                 return m_last = quint32(e);
+            }
         }
         i = (i + 1) & mask;
     }
     const quint32 e = addEntry(data, len);
     m_hash[i] = tag | e;
+    reviewLookup(false);
     return m_last = e;
 }
 
-// A column whose values hardly repeat stops paying for the look-up.
-void Column::reviewLookup()
+// A column whose new values are mostly new (document numbers, say) stops
+// paying for the look-up once its pool is of some size.
+void Column::reviewLookup(bool found)
 {
-    if (!m_lookup || m_rows < 8192 || (m_rows & 8191) != 0)
+    ++m_probes;
+    if (!found)
+        ++m_misses;
+    if (m_probes < 4096)
         return;
-    if (m_offsets.size() * 4 > m_rows * 3) {
+    if (m_offsets.size() > 16384 && m_misses * 4 > m_probes * 3) {
         m_lookup = false;
         m_hash.clear();
     }
+    m_probes = m_misses = 0;
 }
 
 void Column::appendBytes(const char *data, qsizetype len)
@@ -302,7 +311,6 @@ void Column::appendBytes(const char *data, qsizetype len)
     }
     m_codes.push(intern(data, size_t(len)));
     pushNullBit(false);
-    reviewLookup();
 }
 
 namespace {

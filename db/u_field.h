@@ -303,6 +303,8 @@ private:
     PodBuf<quint64> m_hash;     // Text: open-addressing table (hash high bits << 32 | entry), 0 = free
     bool m_lookup = true;       // still looking for repeated values
     quint32 m_last = 0;         // Text: entry of the last value added
+    quint32 m_probes = 0;       // Text: look-ups since the last review
+    quint32 m_misses = 0;       // ... and how many of them found nothing
 
     bool usesText() const noexcept { return m_store == Store::Text; }
     void pushNullBit(bool null);
@@ -310,7 +312,7 @@ private:
     quint32 intern(const char *data, size_t len);
     quint32 addEntry(const char *data, size_t len);
     void rehash(size_t size);
-    void reviewLookup();
+    void reviewLookup(bool found);
 };
 
 inline double Column::asDouble(qsizetype row) const noexcept
