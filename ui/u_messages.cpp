@@ -10,6 +10,16 @@ namespace ui {
 namespace {
 MessageService *g_replacement = nullptr;
 
+// Texts of several lines are joined with a bare carriage return; the box
+// shows each as a line of its own.
+QString shown(const QString &text)
+{
+    QString t = text;
+    t.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    t.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    return t;
+}
+
 QWidget *boxParent(QWidget *parent)
 {
     return parent ? parent : QApplication::activeWindow();
@@ -18,13 +28,15 @@ QWidget *boxParent(QWidget *parent)
 
 void WidgetMessages::information(const QString &text, QWidget *parent)
 {
-    QMessageBox box(QMessageBox::NoIcon, QString(), text, QMessageBox::Ok, boxParent(parent));
+    QMessageBox box(QMessageBox::NoIcon, QCoreApplication::applicationName(), shown(text), QMessageBox::Ok,
+                    boxParent(parent));
     box.exec();
 }
 
 void WidgetMessages::error(const QString &text, QWidget *parent)
 {
-    QMessageBox box(QMessageBox::Critical, QString(), text, QMessageBox::Ok, boxParent(parent));
+    QMessageBox box(QMessageBox::Critical, QCoreApplication::applicationName(), shown(text), QMessageBox::Ok,
+                    boxParent(parent));
     box.exec();
 }
 
