@@ -8,6 +8,7 @@
 #include "app/u_frmMenuQuarv.h"
 #include "app/u_startup.h"
 #include "db/u_memtable.h"
+#include "db/u_query.h"
 #include "reports/u_frmAnalizaPostcalcul.h"
 #include "reports/u_frmContareDocumente.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
@@ -85,6 +86,15 @@ class TestAppShell : public QObject {
         typeProfile(m_pg->host(), QString::number(m_pg->port()), m_pg->database(), user, password);
     }
 
+    qlonglong backendPid() const
+    {
+        db::Query q;
+        q.setConnection(dmQuarv->pgConn);
+        q.setSql(QStringLiteral("select pg_backend_pid()"));
+        q.open();
+        return q.fieldValue(0).toLongLong();
+    }
+
     // Presses "LogIn"; while the modal window is open, `during` runs and the
     // window is closed by its close box if still open.
     void pressLogIn(const std::function<void()> &during)
@@ -135,6 +145,10 @@ private slots:
         QVERIFY(!frmMenuQUARV->isVisible());
         QCOMPARE(frmAnalizaPostcalcul, nullptr);
         QCOMPARE(dmQuarv->caleDocumente, m_docs.path());
+        QCOMPARE(TfrmLogin::settingsFilePath(), m_docs.path() + "/conectareQUARV.xml");
+        dmQuarv->caleDocumente.clear();
+        QCOMPARE(TfrmLogin::settingsFilePath(), QStringLiteral("/conectareQUARV.xml"));
+        dmQuarv->caleDocumente = m_docs.path();
 
         // Nothing touched the database.
         QVERIFY(!dmQuarv->pgConn->isOpen());
@@ -286,10 +300,15 @@ private slots:
         // Unknown issuer, wrong password, empty password: refused alike, connection kept.
         const QList<QPair<QString, QString>> refused = {{"NOBODY", "secret"}, {"DEMO", "gresit"}, {"DEMO", ""},
                                                         {"demo", "secret"}};
+        qlonglong backend = 0;
         for (const auto &[user, password] : refused) {
             m_msg->clear();
             typeGoodProfile(user, password);
             frmLogin->btnConnect->click();
+            // A retry against the same server keeps the session's connection.
+            const qlonglong pid = backendPid();
+            QVERIFY(backend == 0 || pid == backend);
+            backend = pid;
             QCOMPARE(m_msg->errors, QStringList{kBadLogin});
             QVERIFY(frmLogin->isVisible());
             QVERIFY(dmQuarv->emitent.isEmpty());
@@ -343,6 +362,15 @@ private slots:
         QVERIFY(saved.contains("DEMO"));
         QVERIFY(!saved.contains("secret"));
         QVERIFY(!saved.contains("kadrim"));
+
+        // A refused attempt leaves the saved profiles as they were.
+        frmLogin->show();
+        frmLogin->DBNavigator1->click(ui::DBNavigator::Next);
+        QTest::keyClicks(frmLogin->edtUser, "x");
+        frmLogin->btnConnect->click();
+        QCOMPARE(m_msg->all, QStringList{kBadLogin});
+        QCOMPARE(settingsBytes(), saved);
+        m_msg->clear();
 
         // The next showing reloads both rows.
         frmLogin->show();
