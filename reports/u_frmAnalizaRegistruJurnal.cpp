@@ -51,6 +51,22 @@ where data_reg_jurnal  between :pDataIncep and :pDataSf
 order by data_reg_jurnal,
           data_inregistrare)SQL";
 
+rep::ColumnDesc col(const char *field, int width)
+{
+    rep::ColumnDesc c;
+    c.field = QString::fromLatin1(field);
+    c.width = width;
+    return c;
+}
+
+ui::GridSummary sum(const char *field)
+{
+    ui::GridSummary s;
+    s.fieldName = QString::fromLatin1(field);
+    s.kind = ui::SummaryKind::Sum;
+    return s;
+}
+
 } // namespace
 
 QString TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal()
@@ -58,11 +74,52 @@ QString TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal()
     return QString::fromUtf8(kSql);
 }
 
-TfrmAnalizaRegistruJurnal::TfrmAnalizaRegistruJurnal(QWidget *parent) : QWidget(parent)
+rep::ReportDesc TfrmAnalizaRegistruJurnal::description()
 {
-    setObjectName(QStringLiteral("frmAnalizaRegistruJurnal"));
-    setWindowTitle(QStringLiteral("frmAnalizaRegistruJurnal"));
-    resize(900, 600);
-    auto *title = new QLabel(QStringLiteral("Analiza Registru Jurnal"), this);
-    title->setObjectName(QStringLiteral("lblTitlu"));
+    rep::ReportDesc d;
+    d.formName = QStringLiteral("frmAnalizaRegistruJurnal");
+    d.title = QStringLiteral("Analiza Registru Jurnal");
+
+    rep::EditorDesc from;
+    from.objectName = QStringLiteral("cxDateEdit1");
+    from.label = QStringLiteral("Perioada de la :");
+    rep::EditorDesc to;
+    to.objectName = QStringLiteral("cxDateEdit2");
+    to.label = QStringLiteral("Pana la :");
+    d.editors = {from, to};
+
+    d.queryName = QStringLiteral("dsAnalizaRegistruJurnal");
+    d.sql = sqlAnalizaRegistruJurnal();
+    // Whole months on the server; what was typed stays in the editors.
+    d.params = {{QStringLiteral("pDataIncep"), QStringLiteral("cxDateEdit1"), rep::DateConv::MonthStart},
+                {QStringLiteral("pDataSf"), QStringLiteral("cxDateEdit2"), rep::DateConv::MonthEnd}};
+    d.steps = {rep::RunStep::checkFilled({QStringLiteral("cxDateEdit1"), QStringLiteral("cxDateEdit2")},
+                                         QStringLiteral("Alegeti Perioada Dorita!")),
+               rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};
+
+    // The headers show the field names.
+    d.columns = {col("data_inregistrare", 80), col("data_doc", 76), col("tip_doc", 54), col("nr_doc", 80),
+                 col("conts_db", 58), col("conta_db", 80), col("valoare_lei", 96), col("conts_cr", 58),
+                 col("conta_cr", 80), col("explicatie", 200), col("moneda_db", 64), col("val_mon_db", 90),
+                 col("moneda_cr", 64), col("val_mon_cr", 90), col("partener", 160), col("eu_punct_lucru", 100),
+                 col("eu_punct_lucru_coresp", 140), col("com_int", 80), col("magazie_sursa", 90),
+                 col("jurnal", 80), col("traducere_engleza", 320), col("data_reg_jurnal", 96)};
+    d.footerSummaries = {sum("val_mon_cr"), sum("val_mon_db"), sum("valoare_lei")};
+    d.groupSummaries = {sum("valoare_lei"), sum("val_mon_cr"), sum("val_mon_db")};
+
+    d.styleKey = QStringLiteral("QUARV AnalizaRegJurnal");
+    d.exports = {{'A', QStringLiteral("Export csv (Grid)"), QStringLiteral("cxButton2"),
+                  QStringLiteral("\\AnalizaRegistruJurnal.csv")},
+                 {'B', QStringLiteral("Export csv (Toate Datele)"), QStringLiteral("cxButton3"),
+                  QStringLiteral("\\AnalizaRegistruJurnal.csv")}};
+    d.statusBar = true;
+    return d;
+}
+
+TfrmAnalizaRegistruJurnal::TfrmAnalizaRegistruJurnal(QWidget *parent) : TReportForm(description(), parent)
+{
+    dsAnalizaRegistruJurnal = query();
+    lblConta = new QLabel(QStringLiteral("Conta :"), this);
+    lblConta->setObjectName(QStringLiteral("lblConta"));
+    lblConta->hide();
 }

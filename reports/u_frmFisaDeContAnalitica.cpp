@@ -1,6 +1,11 @@
 #include "reports/u_frmFisaDeContAnalitica.h"
 
-#include <QLabel>
+#include "reports/common/u_frmConts_select.h"
+#include "ui/u_buttonedit.h"
+#include "ui/u_messages.h"
+
+#include <QBoxLayout>
+#include <QFrame>
 
 TfrmFisaDeContAnalitica *frmFisaDeContAnalitica = nullptr;
 
@@ -153,6 +158,15 @@ order by conts,
 
 ;)SQL";
 
+rep::ColumnDesc col(const char *field, int width, const QString &caption = {})
+{
+    rep::ColumnDesc c;
+    c.field = QString::fromLatin1(field);
+    c.width = width;
+    c.caption = caption;
+    return c;
+}
+
 } // namespace
 
 QString TfrmFisaDeContAnalitica::sqlFisaContAnalitic()
@@ -160,11 +174,74 @@ QString TfrmFisaDeContAnalitica::sqlFisaContAnalitic()
     return QString::fromUtf8(kSql);
 }
 
-TfrmFisaDeContAnalitica::TfrmFisaDeContAnalitica(QWidget *parent) : QWidget(parent)
+rep::ReportDesc TfrmFisaDeContAnalitica::description()
 {
-    setObjectName(QStringLiteral("frmFisaDeContAnalitica"));
-    setWindowTitle(QStringLiteral("frmFisaDeContAnalitica"));
-    resize(900, 600);
-    auto *title = new QLabel(QStringLiteral("Fisa De Cont Analitic"), this);
-    title->setObjectName(QStringLiteral("lblTitlu"));
+    rep::ReportDesc d;
+    d.formName = QStringLiteral("frmFisaDeContAnalitica");
+    d.title = QStringLiteral("Fisa De Cont Analitic");
+
+    rep::EditorDesc conts;
+    conts.kind = rep::EditorKind::ButtonEdit;
+    conts.objectName = QStringLiteral("cxButtonEdit1");
+    conts.label = QStringLiteral("Conts :");
+    conts.width = 90;
+    rep::EditorDesc from;
+    from.objectName = QStringLiteral("cxDateEdit1");
+    from.label = QStringLiteral("Perioada de la :");
+    from.snap = rep::DateSnap::MonthStartOnChange;
+    rep::EditorDesc to;
+    to.objectName = QStringLiteral("cxDateEdit2");
+    to.label = QStringLiteral("Pana la :");
+    to.snap = rep::DateSnap::MonthEndOnChange;
+    d.editors = {conts, from, to};
+
+    d.queryName = QStringLiteral("dsFisaContAnalitic");
+    d.sql = sqlFisaContAnalitic();
+    d.params = {{QStringLiteral("pConts"), QStringLiteral("cxButtonEdit1"), rep::DateConv::AsIs}};
+    // The period row is posted before the query runs: the views read it.
+    d.steps = {rep::RunStep::checkFilled({QStringLiteral("cxButtonEdit1")}, QStringLiteral("Alegeti Conts!")),
+               rep::RunStep::checkFilled({QStringLiteral("cxDateEdit1"), QStringLiteral("cxDateEdit2")},
+                                         QStringLiteral("Alegeti Perioada Dorita!")),
+               rep::RunStep::postPeriodRow(rep::PeriodSource::Session, rep::DateConv::MonthStart,
+                                           rep::DateConv::MonthEnd),
+               rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};
+
+    d.columns = {col("conts", 54), col("conta", 61), col("data_doc", 76), col("tip_doc", 54),
+                 col("explicatie", 305), col("partener", 219), col("nr_doc", 84), col("conts_coresp", 85),
+                 col("conta_coresp", 86), col("moneda", 54), col("valoare_db_lei", 91), col("valoare_cr_lei", 90),
+                 col("valoare_db", 75), col("valoare_cr", 74), col("sold_final_lei", 83), col("sold_final", 80),
+                 col("tip_sold_final", 83), col("data_incep", 72), col("data_sf", 72),
+                 col("emitent", 100, QStringLiteral("user"))};
+    d.grid.filterRow = false;
+    d.grid.footer = false;
+    d.grid.groupFooters = false;
+
+    d.exports = {{'E', QStringLiteral("Export csv"), QStringLiteral("cxButton2"),
+                  QStringLiteral("\\FisaContAnalitic.csv")}};
+    d.statusBar = true;
+    return d;
+}
+
+TfrmFisaDeContAnalitica::TfrmFisaDeContAnalitica(QWidget *parent) : TReportForm(description(), parent)
+{
+    dsFisaContAnalitic = query();
+
+    Shape1 = new QFrame(this);
+    Shape1->setObjectName(QStringLiteral("Shape1"));
+    Shape1->setFixedHeight(2);
+    Shape1->setStyleSheet(QStringLiteral("background-color: #FF0000;"));
+    if (auto *outer = qobject_cast<QBoxLayout *>(layout()))
+        outer->insertWidget(1, Shape1);
+
+    if (ui::ButtonEdit *e = buttonEdit(QStringLiteral("cxButtonEdit1")))
+        connect(e, &ui::ButtonEdit::buttonClicked, this,
+                [this] { ui::guarded([this] { cxButtonEdit1PropertiesButtonClick(); }); });
+}
+
+void TfrmFisaDeContAnalitica::cxButtonEdit1PropertiesButtonClick()
+{
+    if (!frmConts_select)
+        return;
+    if (frmConts_select->pick() == QDialog::Accepted)
+        buttonEdit(QStringLiteral("cxButtonEdit1"))->setText(frmConts_select->chosen(QStringLiteral("conts")));
 }
