@@ -112,6 +112,8 @@ TfrmMenuQUARV::TfrmMenuQUARV(QWidget *parent) : QWidget(parent)
     lay->addLayout(top);
     lay->addWidget(Shape1);
     lay->addWidget(cxGroupBoxMenu, 1);
+    // Holds the login row at the top while the group is hidden.
+    lay->addStretch(0);
     lay->addWidget(Label1, 0, Qt::AlignLeft | Qt::AlignBottom);
 
     // Every handler runs under the default error report.
