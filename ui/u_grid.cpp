@@ -102,6 +102,7 @@ bool GridTableView::isColumnEditable(int col) const
 void GridTableView::setGridStyleSheet(const GridStyleSheet &sheet)
 {
     m_sheet = sheet;
+    m_styleCache.clear();
     updateRowHeight();
     updateGeometries();
     m_header->update();
@@ -113,6 +114,9 @@ void GridTableView::setGridStyleSheet(const GridStyleSheet &sheet)
 
 CellStyle GridTableView::resolvedStyle(GridElement e) const
 {
+    const auto it = m_styleCache.constFind(int(e));
+    if (it != m_styleCache.cend())
+        return *it;
     CellStyle s = m_sheet.style(e);
     const QPalette &pal = palette();
     // Rows take the content's font and text colour unless they name their own.
@@ -152,6 +156,10 @@ CellStyle GridTableView::resolvedStyle(GridElement e) const
         if (!s.color)
             s.color = pal.color(QPalette::Button).lighter(105);
         break;
+    case GridElement::IncSearch:
+        if (!s.color)
+            s.color = QColor(0xFE, 0xD5, 0x47);
+        break;
     case GridElement::Background:
         if (!s.color)
             s.color = pal.color(QPalette::Base).darker(104);
@@ -164,6 +172,7 @@ CellStyle GridTableView::resolvedStyle(GridElement e) const
     if (!s.textColor)
         s.textColor = (e == GridElement::Header || e == GridElement::GroupByBox) ? pal.color(QPalette::ButtonText)
                                                                                   : pal.color(QPalette::Text);
+    m_styleCache.insert(int(e), s);
     return s;
 }
 
@@ -323,6 +332,8 @@ void GridTableView::onRowsChanged()
 
 void GridTableView::onFocusChanged(qsizetype row)
 {
+    if (!m_searching)
+        m_incSearch.clear();
     scrollToRow(row);
     viewport()->update();
 }
@@ -349,6 +360,7 @@ void GridTableView::changeEvent(QEvent *e)
 {
     QAbstractScrollArea::changeEvent(e);
     if (e->type() == QEvent::FontChange || e->type() == QEvent::PaletteChange) {
+        m_styleCache.clear();
         updateRowHeight();
         updateGeometries();
     }
@@ -495,9 +507,21 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
                     state = t.isEmpty() ? -1 : (t == QLatin1String("true") || t == QLatin1String("1")) ? 1 : 0;
                 paintCheck(p, cr, state);
             } else {
-                QFont f = *ts.font;
-                p.setFont(f);
-                paintCellText(p, cr, editValueText(row, col), col, ts);
+                p.setFont(*ts.font);
+                const QString text = editValueText(row, col);
+                if (focused && col == m_focusColumn && !m_incSearch.isEmpty()) {
+                    // the part found by the incremental search
+                    const CellStyle is = resolvedStyle(GridElement::IncSearch);
+                    const QFontMetrics fm(*ts.font);
+                    const int w = fm.horizontalAdvance(text.left(m_incSearch.size()));
+                    const int x = isRightAligned(m_model->columnKind(col)) ? cr.right() - 4 - fm.horizontalAdvance(text) : cr.left() + 3;
+                    p.fillRect(QRect(x, cr.top() + 2, w, cr.height() - 4), *is.color);
+                    paintCellText(p, cr, text, col, ts);
+                    p.setPen(*is.textColor);
+                    p.drawText(QRect(x, cr.top(), w + 1, cr.height()), Qt::AlignLeft | Qt::AlignVCenter, text.left(m_incSearch.size()));
+                } else {
+                    paintCellText(p, cr, text, col, ts);
+                }
             }
             p.setPen(kGridLine);
             p.drawLine(cr.topRight(), cr.bottomRight());
@@ -653,7 +677,19 @@ void GridTableView::keyPressEvent(QKeyEvent *e)
         if (onGroup)
             m_model->setExpanded(row, false);
         return;
+    case Qt::Key_Backspace:
+        if (!m_incSearch.isEmpty()) {
+            m_incSearch.chop(1);
+            viewport()->update();
+            return;
+        }
+        break;
     case Qt::Key_Escape: {
+        if (!m_incSearch.isEmpty()) {
+            m_incSearch.clear();
+            viewport()->update();
+            return;
+        }
         db::DataSet *ds = dataSet();
         if (ds && ds->isEditing()) {
             guarded([ds] { ds->cancel(); });
@@ -681,6 +717,9 @@ void GridTableView::keyPressEvent(QKeyEvent *e)
                 return;
             }
         }
+    } else if (!ctrl && !e->text().isEmpty() && e->text().at(0).isPrint() && !(e->text() == QLatin1String(" ") && m_incSearch.isEmpty())) {
+        incrementalSearch(m_incSearch + e->text());
+        return;
     }
     QAbstractScrollArea::keyPressEvent(e);
 }
@@ -735,6 +774,37 @@ void GridTableView::focusOutEvent(QFocusEvent *e)
 bool GridTableView::viewportEvent(QEvent *e)
 {
     return QAbstractScrollArea::viewportEvent(e);
+}
+
+// ------------------------------------------------------------------ incremental search
+
+bool GridTableView::incrementalSearch(const QString &text)
+{
+    const int col = m_focusColumn >= 0 ? m_focusColumn : (m_visible.isEmpty() ? -1 : m_visible.first());
+    const qsizetype rows = m_model->rowCount();
+    if (col < 0 || rows == 0 || text.isEmpty() || m_model->columnKind(col) == ColumnKind::Bool)
+        return false;
+    const QString want = text.toCaseFolded();
+    const qsizetype start = std::max<qsizetype>(0, m_model->focusedRow());
+    for (qsizetype i = 0; i < rows; ++i) {
+        const qsizetype r = (start + i) % rows;
+        if (m_model->rowKind(r) != RowKind::Data)
+            continue;
+        const QString cell = m_model->cellText(r, col);
+        if (cell.size() < want.size() || !cell.left(want.size()).toCaseFolded().startsWith(want))
+            continue;
+        m_searching = true;
+        const bool moved = moveFocusTo(r);
+        m_searching = false;
+        if (!moved)
+            return false;
+        if (m_focusColumn != col)
+            setFocusedColumn(col);
+        m_incSearch = text;
+        viewport()->update();
+        return true;
+    }
+    return false;
 }
 
 // ------------------------------------------------------------------ editing

@@ -109,6 +109,12 @@ public:
     // Toggles a boolean editable cell of the focused row (the click on its check).
     bool toggleCheck(int col);
 
+    // Incremental search: characters typed on a read-only column move the
+    // focus to the next row whose cell starts with them (case-insensitive);
+    // the matched part is painted with the incremental-search style.
+    QString incrementalSearchText() const { return m_incSearch; }
+    bool incrementalSearch(const QString &text);
+
     // The strips, for tests and forms.
     GridGroupByBox *groupByBox() const { return m_groupBox; }
     GridHeader *header() const { return m_header; }
@@ -167,6 +173,9 @@ private:
     QSet<QString> m_editable;             // lower-case field names
     int m_rowHeight = 18;
     int m_focusColumn = -1;
+    QString m_incSearch;
+    bool m_searching = false;
+    mutable QHash<int, CellStyle> m_styleCache;  // resolved styles by element
     QList<int> m_visible;                 // visible columns, display order
     QList<int> m_left;                    // unscrolled left of each visible column (after indicator and indent)
     int m_totalWidth = 0;

@@ -385,6 +385,19 @@ void TstGridView::keyboardNavigation()
     QTest::keyClick(f.view, Qt::Key_End);
     QCOMPARE(f.view->focusedColumn(), f.m->visibleColumns().last());
 
+    // Typing on a read-only column searches it from the focused row on.
+    f.view->setFocusedColumn(f.m->columnIndex(QStringLiteral("explicatie")));
+    f.m->setFocusedRow(0);
+    typeText(f.view, QStringLiteral("șc"));
+    QCOMPARE(f.m->focusedRow(), 4); // "Școala de vară"
+    QCOMPARE(f.view->incrementalSearchText(), QStringLiteral("șc"));
+    typeText(f.view, QStringLiteral("x"));
+    QCOMPARE(f.m->focusedRow(), 4); // no match: nothing moves
+    QTest::keyClick(f.view, Qt::Key_Escape);
+    QVERIFY(f.view->incrementalSearchText().isEmpty());
+    typeText(f.view, QStringLiteral("P"));
+    QCOMPARE(f.m->focusedRow(), 0); // wraps round to "plată furnizor"
+
     f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
     f.m->collapseAll();
     f.m->setFocusedRow(0);
