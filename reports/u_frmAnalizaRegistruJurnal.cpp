@@ -98,12 +98,12 @@ rep::ReportDesc TfrmAnalizaRegistruJurnal::description()
                rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};
 
     // The headers show the field names.
-    d.columns = {col("data_inregistrare", 80), col("data_doc", 76), col("tip_doc", 54), col("nr_doc", 80),
-                 col("conts_db", 58), col("conta_db", 80), col("valoare_lei", 96), col("conts_cr", 58),
-                 col("conta_cr", 80), col("explicatie", 200), col("moneda_db", 64), col("val_mon_db", 90),
-                 col("moneda_cr", 64), col("val_mon_cr", 90), col("partener", 160), col("eu_punct_lucru", 100),
-                 col("eu_punct_lucru_coresp", 140), col("com_int", 80), col("magazie_sursa", 90),
-                 col("jurnal", 80), col("traducere_engleza", 320), col("data_reg_jurnal", 96)};
+    d.columns = {col("data_inregistrare", 116), col("data_doc", 76), col("tip_doc", 58), col("nr_doc", 80),
+                 col("conts_db", 70), col("conta_db", 80), col("valoare_lei", 96), col("conts_cr", 70),
+                 col("conta_cr", 80), col("explicatie", 200), col("moneda_db", 80), col("val_mon_db", 90),
+                 col("moneda_cr", 80), col("val_mon_cr", 90), col("partener", 160), col("eu_punct_lucru", 110),
+                 col("eu_punct_lucru_coresp", 156), col("com_int", 80), col("magazie_sursa", 104),
+                 col("jurnal", 120), col("traducere_engleza", 360), col("data_reg_jurnal", 110)};
     d.footerSummaries = {sum("val_mon_cr"), sum("val_mon_db"), sum("valoare_lei")};
     d.groupSummaries = {sum("valoare_lei"), sum("val_mon_cr"), sum("val_mon_db")};
 
