@@ -78,8 +78,10 @@ QString TAccountPicker::chosen(const QString &field) const
 
 void TAccountPicker::FormShow()
 {
-    if (dmQuarv && !m_query->connection())
+    if (dmQuarv && !m_query->connection()) {
         m_query->setConnection(dmQuarv->pgConn);
+        m_grid->view()->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
+    }
     // Accounts added or retired since the last pick show up; the filter row
     // and the position stay.
     if (m_query->isActive())

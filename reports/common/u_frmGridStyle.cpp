@@ -177,8 +177,11 @@ ui::GridNavigator *TfrmGridStyle::navigator() const
 
 void TfrmGridStyle::FormShow()
 {
-    if (dmQuarv && !ds_style->connection())
+    if (dmQuarv && !ds_style->connection()) {
+        // Created before the session module: bind to it now.
         ds_style->setConnection(dmQuarv->pgConn);
+        cxGrid1DBTableView1->setGridStyleSheet(dmQuarv->StandardQUARV());
+    }
     if (ds_style->isActive())
         ds_style->close();
     ds_style->setParam(QStringLiteral("pGrid"), styleKey);

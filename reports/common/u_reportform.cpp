@@ -310,8 +310,11 @@ void TReportForm::setStatusText(const QString &text)
 
 void TReportForm::Cauta()
 {
-    if (m_query->connection() == nullptr && dmQuarv)
+    if (m_query->connection() == nullptr && dmQuarv) {
+        // Created before the session module: bind to it now.
         m_query->setConnection(dmQuarv->pgConn);
+        m_gridView->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
+    }
     if (m_ownDataList && m_ownDataList->connection() == nullptr && dmQuarv)
         m_ownDataList->setConnection(dmQuarv->pgConn);
 

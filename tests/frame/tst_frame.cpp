@@ -1,0 +1,573 @@
+// The report machinery against a real server: a small report built from a
+// description, its run steps, its five exports, the style manager over
+// grid_style (two reports, ownership, retiring, damaged layouts) and the
+// account pickers.
+
+#include "app/u_dmQuarv.h"
+#include "reports/common/u_frmConta_select.h"
+#include "reports/common/u_frmConts_select.h"
+#include "reports/common/u_frmGridStyle.h"
+#include "reports/common/u_reportform.h"
+#include "tests/support/u_pgtestserver.h"
+#include "ui/core/u_gridlayout.h"
+#include "ui/u_dateedit.h"
+#include "ui/u_filedialog.h"
+#include "ui/u_grid.h"
+#include "ui/u_messages.h"
+#include "ui/u_platform.h"
+
+#include <QFile>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QToolButton>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+const QString kNoPeriod = QStringLiteral("Alegeti Perioada Dorita!");
+const QString kOtherMonth =
+    QStringLiteral("Pentru a obtine situatii coerente alegeti o perioada care sa apartina aceleiasi luni calendaristice");
+const QString kNoEdit = QStringLiteral("Nu puteti modifica o inregistare creata de alt emitent!");
+const QString kNoDelete = QStringLiteral("Nu puteti sterge o inregistare creata de alt emitent!");
+
+rep::ReportDesc testDesc(const QString &name, const QString &key)
+{
+    rep::ReportDesc d;
+    d.formName = name;
+    d.title = QStringLiteral("Raport de proba");
+    d.editors = {{rep::EditorKind::Date, QStringLiteral("cxDateEdit1"), QStringLiteral("Perioada de la :")},
+                 {rep::EditorKind::Date, QStringLiteral("cxDateEdit2"), QStringLiteral("Pana la :")}};
+    d.queryName = QStringLiteral("dsProba");
+    d.sql = QStringLiteral("select cod, den, suma, zi\nfrom frame_fix\nwhere zi between :pDataIncep and :pDataSf\n"
+                           "order by cod\n;");
+    d.params = {{QStringLiteral("pDataIncep"), QStringLiteral("cxDateEdit1"), rep::DateConv::MonthStart},
+                {QStringLiteral("pDataSf"), QStringLiteral("cxDateEdit2"), rep::DateConv::MonthEnd}};
+    d.columns = {{QStringLiteral("cod"), QStringLiteral("Cod"), 60},
+                 {QStringLiteral("den"), QStringLiteral("Denumire"), 150},
+                 {QStringLiteral("suma"), QStringLiteral("Suma"), 80, true, QStringLiteral("0.00")},
+                 {QStringLiteral("zi"), QStringLiteral("Zi"), 80}};
+    d.footerSummaries = {{QStringLiteral("suma"), ui::SummaryKind::Sum, QStringLiteral("0.00")}};
+    d.groupSummaries = d.footerSummaries;
+    d.styleKey = key;
+    d.exports = {{'A', QStringLiteral("Export csv (Grid)"), QStringLiteral("cxButton2"), QStringLiteral("\\Proba.csv")},
+                 {'B', QStringLiteral("Export csv (Toate Datele)"), QStringLiteral("cxButton3"), QStringLiteral("\\Proba.csv")},
+                 {'C', QStringLiteral("Export csv"), QStringLiteral("cxButton4"), QStringLiteral("\\Proba.csv")},
+                 {'D', QStringLiteral("Export Excel"), QStringLiteral("cxButton5"), QStringLiteral("\\Proba.xlsx")},
+                 {'E', QStringLiteral("Export csv"), QStringLiteral("cxButton6"), QStringLiteral("\\Fisa.csv")}};
+    d.statusBar = true;
+    return d;
+}
+
+QStringList fileLines(const QString &path)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    QString s = QString::fromUtf8(f.readAll());
+    if (s.startsWith(QChar(0xFEFF)))
+        s.remove(0, 1);
+    QStringList lines = s.split(QStringLiteral("\r\n"));
+    if (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+class Form : public TReportForm {
+public:
+    using TReportForm::TReportForm;
+    int customRuns = 0;
+
+protected:
+    void runCustomStep(const QString &name) override
+    {
+        ++customRuns;
+        if (name == QLatin1String("fail"))
+            throw QuarvError(QStringLiteral("pas esuat"));
+    }
+};
+
+} // namespace
+
+class TestFrame : public QObject {
+    Q_OBJECT
+    QTemporaryDir m_docs;
+    ui::ScopedRecordingMessages *m_msg = nullptr;
+    PgTestServer *m_pg = nullptr;
+
+    void setPeriod(TReportForm &f, QDate a, QDate b)
+    {
+        f.dateEdit(QStringLiteral("cxDateEdit1"))->setDate(a);
+        f.dateEdit(QStringLiteral("cxDateEdit2"))->setDate(b);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_pg = &PgTestServer::instance();
+        m_msg = new ui::ScopedRecordingMessages;
+        dmQuarv = new TdmQuarv;
+        m_pg->configure(*dmQuarv->pgConn);
+        dmQuarv->pgConn->open();
+        dmQuarv->emitent = QStringLiteral("E1");
+        dmQuarv->caleDocumente = m_docs.path();
+        ui::platform::setListSeparatorOverride(QChar(u';'));
+        m_pg->exec(QStringLiteral(
+            "create table frame_fix (cod varchar(10), den varchar(50), suma double precision, zi date);"
+            "insert into frame_fix values ('A1', 'Alfa', 10.5, '2024-01-20'), ('B2', 'Beta \"b\"', 20, '2024-02-01'),"
+            " ('C3', 'Gama', 30, '2024-03-31'), ('D4', 'Delta', 40, '2024-04-01');"));
+        frmGridStyle = new TfrmGridStyle;
+    }
+
+    void cleanupTestCase()
+    {
+        delete frmGridStyle;
+        frmGridStyle = nullptr;
+        delete dmQuarv;
+        dmQuarv = nullptr;
+        ui::platform::setListSeparatorOverride(std::nullopt);
+        delete m_msg;
+    }
+
+    void init() { m_msg->clear(); }
+
+    // The form as built from its description, and the common run.
+    void runSteps()
+    {
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        QCOMPARE(f.objectName(), QStringLiteral("frmProba"));
+        QVERIFY(f.titleLabel()->font().bold());
+        QVERIFY(f.findChild<ui::Grid *>(QStringLiteral("cxGrid1")));
+        QVERIFY(f.findChild<ui::GridTableView *>(QStringLiteral("cxGrid1DBTableView1")));
+        QVERIFY(f.findChild<QStatusBar *>(QStringLiteral("StatusBar1")));
+        auto *style = f.findChild<QPushButton *>(QStringLiteral("cxButton1"));
+        QVERIFY(style);
+        QCOMPARE(style->text(), QStringLiteral("Salvare/Restaurare Mod Prezentare Grid"));
+        QCOMPARE(f.exportButton('B')->text(), QStringLiteral("Export csv (Toate Datele)"));
+        QCOMPARE(f.tableView()->columnCount(), 4);
+
+        auto *run = f.findChild<QPushButton *>(QStringLiteral("btnCauta"));
+        QVERIFY(run);
+        f.dateEdit(QStringLiteral("cxDateEdit1"))->setDate(QDate(2024, 1, 15));
+        run->click(); // one editor empty
+        QCOMPARE(m_msg->errors, QStringList{kNoPeriod});
+        QVERIFY(!f.query()->isActive());
+
+        // Whole months bound, the editors keep what was typed.
+        setPeriod(f, QDate(2024, 1, 15), QDate(2024, 3, 10));
+        run->click();
+        QCOMPARE(m_msg->errors.size(), 1);
+        QCOMPARE(f.query()->param(QStringLiteral("pDataIncep")).toDate(), QDate(2024, 1, 1));
+        QCOMPARE(f.query()->param(QStringLiteral("pDataSf")).toDate(), QDate(2024, 3, 31));
+        QCOMPARE(f.dateEdit(QStringLiteral("cxDateEdit1"))->date(), QDate(2024, 1, 15));
+        QCOMPARE(f.tableView()->recordCount(), 3);
+        QCOMPARE(f.tableView()->footerValue(0).toDouble(), 60.5);
+
+        // A re-run keeps the layout the operator left.
+        f.tableView()->setColumnWidth(1, 222);
+        f.tableView()->groupByColumn(0);
+        setPeriod(f, QDate(2024, 1, 1), QDate(2024, 4, 30));
+        f.Cauta();
+        QCOMPARE(f.tableView()->recordCount(), 4);
+        QCOMPARE(f.tableView()->column(1).width, 222);
+        QCOMPARE(f.tableView()->groupColumns(), QList<int>{0});
+
+        // A failed check leaves the last result.
+        f.dateEdit(QStringLiteral("cxDateEdit2"))->clearDate();
+        QVERIFY_THROWS_EXCEPTION(QuarvError, f.Cauta());
+        QCOMPARE(f.tableView()->recordCount(), 4);
+    }
+
+    // Period through the session's period row, same-month check as a box, busy cursor.
+    void periodRowSteps()
+    {
+        m_pg->exec(QStringLiteral("delete from data_list"));
+        rep::ReportDesc d = testDesc(QStringLiteral("frmProba2"), {});
+        d.sql = QStringLiteral("select cod, den, suma, zi from frame_fix, data_list where zi between data_incep and data_sf\n;");
+        d.params.clear();
+        d.steps = {rep::RunStep::checkSameMonth(kOtherMonth, true),
+                   rep::RunStep::checkFilled({QStringLiteral("cxDateEdit1"), QStringLiteral("cxDateEdit2")}, kNoPeriod),
+                   rep::RunStep::busyCursor(),
+                   rep::RunStep::postPeriodRow(rep::PeriodSource::Session, rep::DateConv::MonthStart,
+                                               rep::DateConv::MonthEnd),
+                   rep::RunStep::openQuery()};
+        Form f(d);
+        QVERIFY(!f.styleButton());
+
+        setPeriod(f, QDate(2024, 2, 3), QDate(2024, 3, 3));
+        f.Cauta(); // an information box, then a silent stop
+        QCOMPARE(m_msg->informations, QStringList{kOtherMonth});
+        QVERIFY(m_msg->errors.isEmpty());
+        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from data_list")).toInt(), 0);
+
+        f.dateEdit(QStringLiteral("cxDateEdit1"))->clearDate();
+        f.dateEdit(QStringLiteral("cxDateEdit2"))->clearDate();
+        QVERIFY_THROWS_EXCEPTION(QuarvError, f.Cauta()); // both empty: same month passes
+
+        setPeriod(f, QDate(2024, 2, 10), QDate(2024, 2, 5));
+        f.Cauta(); // an empty data_list gets its row
+        QCOMPARE(m_pg->scalar(QStringLiteral("select data_incep || ' ' || data_sf from data_list")).toString(),
+                 QStringLiteral("2024-02-01 2024-02-29"));
+        QCOMPARE(f.tableView()->recordCount(), 1);
+        QVERIFY(!QGuiApplication::overrideCursor());
+
+        // Only opened: a second run writes the period but keeps the rows.
+        setPeriod(f, QDate(2024, 3, 1), QDate(2024, 3, 2));
+        f.Cauta();
+        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from data_list")).toInt(), 1);
+        QCOMPARE(m_pg->scalar(QStringLiteral("select data_sf from data_list")).toString(), QStringLiteral("2024-03-31"));
+        QCOMPARE(f.tableView()->recordCount(), 1);
+
+        // The hourglass goes away when a later step fails.
+        rep::ReportDesc d2 = d;
+        d2.steps = {rep::RunStep::busyCursor(), rep::RunStep::custom(QStringLiteral("fail")), rep::RunStep::openQuery()};
+        Form g(d2);
+        QVERIFY_THROWS_EXCEPTION(QuarvError, g.Cauta());
+        QCOMPARE(g.customRuns, 1);
+        QVERIFY(!QGuiApplication::overrideCursor());
+        QVERIFY(!g.query()->isActive());
+    }
+
+    void exports()
+    {
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        ui::ScopedQueuedFileDialog dlg;
+        const QString dir = m_docs.path();
+
+        // Before any run: all data refused, no dialog.
+        f.exportButton('B')->click();
+        QCOMPARE(m_msg->errors, QStringList{TReportForm::notRunText()});
+        QVERIFY(dlg.askedNames.isEmpty());
+        m_msg->clear();
+
+        setPeriod(f, QDate(2024, 1, 1), QDate(2024, 4, 30));
+        f.Cauta();
+        ui::GridModel *v = f.tableView();
+        v->setFilterText(v->columnIndex(QStringLiteral("suma")), QStringLiteral(">15"));
+        v->setColumnVisible(v->columnIndex(QStringLiteral("zi")), false);
+        v->moveColumn(v->columnIndex(QStringLiteral("suma")), 0);
+
+        // A: the grid as shown, ';', status bar and "ok".
+        dlg.answers << dir + QStringLiteral("/a.csv");
+        f.exportButton('A')->click();
+        QCOMPARE(dlg.askedFilters.last(), QStringLiteral("*.csv"));
+        QCOMPARE(dlg.askedNames.last(), dir + QStringLiteral("/Proba.csv"));
+        QStringList a = fileLines(dir + QStringLiteral("/a.csv"));
+        QCOMPARE(a.value(0), QStringLiteral("Suma;Cod;Denumire"));
+        QCOMPARE(a.value(1), QStringLiteral("20.00;B2;\"Beta \"\"b\"\"\""));
+        QCOMPARE(a.size(), 5); // header, three rows, footer
+        QCOMPARE(a.value(4), QStringLiteral("90.00;;"));
+        QCOMPARE(f.statusText(), dir + QStringLiteral("/a.csv"));
+        QCOMPARE(m_msg->informations, QStringList{QStringLiteral("ok")});
+
+        // B: every row and field of the query, field names, quoted text.
+        dlg.answers << dir + QStringLiteral("/b.csv");
+        f.exportButton('B')->click();
+        const QStringList b = fileLines(dir + QStringLiteral("/b.csv"));
+        QCOMPARE(b.size(), 5);
+        QVERIFY2(b.value(0).remove(QLatin1Char('"')) == QStringLiteral("cod;den;suma;zi"), qPrintable(b.value(0)));
+        QVERIFY2(b.value(1).startsWith(QStringLiteral("\"A1\";\"Alfa\";10.5;")), qPrintable(b.value(1)));
+        QCOMPARE(f.statusText(), dir + QStringLiteral("/b.csv"));
+        QCOMPARE(m_msg->informations.size(), 2);
+
+        // C: tabs and quotes, silent.
+        f.setStatusText(QStringLiteral("inainte"));
+        dlg.answers << dir + QStringLiteral("/c.csv");
+        f.exportButton('C')->click();
+        QCOMPARE(fileLines(dir + QStringLiteral("/c.csv")).value(0), QStringLiteral("\"Suma\"\t\"Cod\"\t\"Denumire\""));
+        QCOMPARE(f.statusText(), QStringLiteral("inainte"));
+        QCOMPARE(m_msg->informations.size(), 2);
+
+        // D: a workbook, its own filter.
+        dlg.answers << dir + QStringLiteral("/d.xlsx");
+        f.exportButton('D')->click();
+        QCOMPARE(dlg.askedFilters.last(), QStringLiteral("*.xlsx"));
+        QCOMPARE(dlg.askedNames.last(), dir + QStringLiteral("/Proba.xlsx"));
+        QFile x(dir + QStringLiteral("/d.xlsx"));
+        QVERIFY(x.open(QIODevice::ReadOnly));
+        QCOMPARE(x.read(2), QByteArray("PK"));
+
+        // E: the status text names the file, no box.
+        dlg.answers << dir + QStringLiteral("/e.csv");
+        f.exportButton('E')->click();
+        QCOMPARE(f.statusText(), QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
+        QCOMPARE(fileLines(dir + QStringLiteral("/e.csv")), a);
+        QCOMPARE(m_msg->informations.size(), 2);
+
+        // Cancel: nothing at all.
+        f.exportButton('A')->click(); // the queue is empty: a cancel
+        QCOMPARE(f.statusText(), QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
+        QCOMPARE(m_msg->informations.size(), 2);
+        QVERIFY(m_msg->errors.isEmpty());
+
+        // A file that cannot be written: the error, the cleared status, no "ok".
+        dlg.answers << QStringLiteral("/nu/exista/a.csv");
+        f.exportButton('A')->click();
+        QCOMPARE(m_msg->errors.size(), 1);
+        QVERIFY(f.statusText().isEmpty());
+        QCOMPARE(m_msg->informations.size(), 2);
+
+        // With no Documents folder the backslash still leads.
+        dmQuarv->caleDocumente.clear();
+        f.exportButton('C')->click();
+        QCOMPARE(dlg.askedNames.last(), QStringLiteral("/Proba.csv"));
+        dmQuarv->caleDocumente = dir;
+        QCOMPARE(rep::documentsFile(QStringLiteral("X:"), QStringLiteral("\\a.csv")), QStringLiteral("X:/a.csv"));
+    }
+
+    // Layouts through grid_style: two reports, restore, retarget, un-retire.
+    void gridStyles()
+    {
+        m_pg->exec(QStringLiteral("delete from grid_style"));
+        Form f1(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        Form f2(testDesc(QStringLiteral("frmProba2"), QStringLiteral("QUARV Proba2")));
+        setPeriod(f1, QDate(2024, 1, 1), QDate(2024, 4, 30));
+        f1.Cauta();
+        ui::GridModel *v1 = f1.tableView();
+        v1->moveColumn(3, 0);
+        v1->setColumnWidth(1, 133);
+        v1->groupByColumn(v1->columnIndex(QStringLiteral("den")));
+        v1->setSortOrder(v1->columnIndex(QStringLiteral("cod")), ui::SortOrder::Descending);
+        v1->setFilterText(v1->columnIndex(QStringLiteral("cod")), QStringLiteral("a"));
+        v1->setFooterSummaries({{QStringLiteral("suma"), ui::SummaryKind::Count}});
+        const QByteArray saved = ui::saveGridLayout(*v1);
+
+        f1.styleButton()->click();
+        TfrmGridStyle *gs = frmGridStyle;
+        QVERIFY(gs->isVisible());
+        QCOMPARE(gs->lblGridName->text(), QStringLiteral("QUARV Proba1"));
+        QCOMPARE(gs->targetView.data(), v1);
+        QCOMPARE(gs->ds_style->rowCount(), 0);
+        QCOMPARE(gs->stylesView()->column(gs->stylesView()->columnIndex(QStringLiteral("discontinued"))).caption,
+                 QStringLiteral("inactiv"));
+        QVERIFY(!gs->navigator()->button(ui::GridNavigator::Post)->isVisible());
+
+        // A name typed and posted: today, the issuer, no layout yet.
+        gs->ds_style->append();
+        gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Vedere 1"));
+        gs->ds_style->post();
+        QCOMPARE(m_pg->scalar(QStringLiteral("select grid_name || '|' || emitent || '|' || (data_creare = current_date)"
+                                             " || '|' || (grid_style_bytea is null) from grid_style")).toString(),
+                 QStringLiteral("QUARV Proba1|E1|true|true"));
+        gs->btnSalveaza->click();
+        QVERIFY2(m_msg->errors.isEmpty(), qPrintable(m_msg->errors.join(u'|')));
+        QCOMPARE(m_pg->scalar(QStringLiteral("select grid_style_string from grid_style")).toString(), QStringLiteral(" "));
+        QVERIFY(QFile::exists(m_docs.path() + QStringLiteral("/grid.ini")));
+
+        // Messed up, then restored: order, widths, grouping, sorting, filter, summaries.
+        v1->clearGrouping();
+        v1->clearSorting();
+        v1->clearAllFilters();
+        v1->moveColumn(0, 3);
+        v1->setColumnWidth(0, 10);
+        v1->setFooterSummaries({});
+        gs->btnRestaureaza->click();
+        QVERIFY(m_msg->errors.isEmpty());
+        QCOMPARE(ui::saveGridLayout(*v1), saved);
+        QVERIFY(!QGuiApplication::overrideCursor());
+
+        // Retargeted while open: the other key, the other list.
+        f2.styleButton()->click();
+        QCOMPARE(gs->lblGridName->text(), QStringLiteral("QUARV Proba2"));
+        QCOMPARE(gs->targetView.data(), f2.tableView());
+        QCOMPARE(gs->ds_style->rowCount(), 0);
+        gs->ds_style->append();
+        gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Vedere 1"));
+        gs->btnSalveaza->click();
+        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 2);
+        const QByteArray plain = ui::saveGridLayout(*f2.tableView());
+
+        // Saving into a retired style makes it active again.
+        m_pg->exec(QStringLiteral("update grid_style set discontinued = true"));
+        f1.styleButton()->click();
+        QCOMPARE(gs->ds_style->rowCount(), 1);
+        gs->btnSalveaza->click();
+        QCOMPARE(m_pg->scalar(QStringLiteral("select discontinued from grid_style where grid_name = 'QUARV Proba1'"))
+                     .toString(), QStringLiteral("f"));
+
+        // "Filtru": on the list's display, all rows stay loaded.
+        m_pg->exec(QStringLiteral("insert into grid_style (grid_name, style_name, emitent, discontinued) values"
+                                  " ('QUARV Proba1', 'Veche', 'E1', true), ('QUARV Proba1', 'Zeta', 'E1', false)"));
+        gs->FormShow();
+        QCOMPARE(gs->filterIndex(), 2);
+        gs->setFilterIndex(0);
+        QCOMPARE(gs->stylesView()->recordCount(), 2);
+        gs->setFilterIndex(1);
+        QCOMPARE(gs->stylesView()->recordCount(), 1);
+        QCOMPARE(gs->ds_style->rowCount(), 3);
+        gs->setFilterIndex(2);
+        QCOMPARE(gs->stylesView()->recordCount(), 3);
+
+        // The other report's layout never came here.
+        QCOMPARE(ui::saveGridLayout(*f2.tableView()), plain);
+        gs->close();
+        QVERIFY(!gs->ds_style->isActive());
+    }
+
+    // Styles of another issuer: listed and restorable, never changed.
+    void ownershipAndDamage()
+    {
+        m_pg->exec(QStringLiteral("delete from grid_style"));
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        ui::GridModel *v = f.tableView();
+        const QByteArray before = ui::saveGridLayout(*v);
+        ui::GridModel other;
+        other.addColumn(QStringLiteral("den"), QStringLiteral("D"), 99);
+        other.addColumn(QStringLiteral("cod"), QStringLiteral("C"), 44);
+        m_pg->exec(QStringLiteral("insert into grid_style (grid_name, style_name, emitent, data_creare, grid_style_bytea)"
+                                  " values ('QUARV Proba1', 'Altul', 'E2', '2024-01-01', decode('%1', 'hex'))")
+                       .arg(QString::fromLatin1(ui::saveGridLayout(other).toHex())));
+        f.styleButton()->click();
+        TfrmGridStyle *gs = frmGridStyle;
+        QCOMPARE(gs->ds_style->rowCount(), 1);
+
+        gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Furat"));
+        QVERIFY_THROWS_EXCEPTION(QuarvError, gs->ds_style->post());
+        QVERIFY(gs->ds_style->isEditing()); // the typed name stays visible
+        gs->ds_style->cancel();
+        gs->btnSalveaza->click();
+        QCOMPARE(m_msg->errors, QStringList{kNoEdit});
+        gs->ds_style->cancel();
+        gs->navigator()->button(ui::GridNavigator::Delete)->click();
+        QCOMPARE(m_msg->errors, (QStringList{kNoEdit, kNoDelete}));
+        QCOMPARE(m_pg->scalar(QStringLiteral("select style_name || emitent || (grid_style_bytea is not null) from grid_style"))
+                     .toString(), QStringLiteral("AltulE2true"));
+
+        m_msg->clear();
+        gs->btnRestaureaza->click(); // restorable
+        QVERIFY(m_msg->errors.isEmpty());
+        QCOMPARE(v->columnCount(), 2);
+        QCOMPARE(v->column(0).fieldName, QStringLiteral("den"));
+        QCOMPARE(v->column(0).width, 99);
+
+        // Empty keeps the layout; garbage and a cut-off stream say so and change nothing.
+        const QByteArray good = ui::saveGridLayout(*v);
+        const QByteArray cut = good.left(good.indexOf("Width=") + 6) + "abc";
+        for (const QByteArray &bad : {QByteArray(), QByteArray("nu este un format\x01\x02"), cut}) {
+            m_msg->clear();
+            m_pg->exec(QStringLiteral("update grid_style set grid_style_bytea = decode('%1', 'hex')")
+                           .arg(QString::fromLatin1(bad.toHex())));
+            gs->FormShow();
+            gs->btnRestaureaza->click();
+            QCOMPARE(m_msg->errors.size(), bad.isEmpty() ? 0 : 1);
+            QCOMPARE(ui::saveGridLayout(*v), good);
+            QVERIFY(!QGuiApplication::overrideCursor());
+        }
+
+        // A connection dropped before the save: reconnected silently, the row written whole.
+        m_pg->exec(QStringLiteral("update grid_style set emitent = 'E1'"));
+        gs->FormShow();
+        m_msg->clear();
+        QVERIFY(m_pg->terminateOthers() >= 1);
+        gs->btnSalveaza->click();
+        QVERIFY2(m_msg->errors.isEmpty(), qPrintable(m_msg->errors.join(u'|')));
+        QCOMPARE(m_pg->scalar(QStringLiteral("select grid_style_bytea = decode('%1', 'hex') from grid_style")
+                                  .arg(QString::fromLatin1(good.toHex()))).toString(), QStringLiteral("t"));
+
+        // The scratch file cannot be written: the error, nothing saved.
+        m_pg->exec(QStringLiteral("update grid_style set grid_style_bytea = null"));
+        gs->FormShow();
+        dmQuarv->caleDocumente = QStringLiteral("/nu/exista");
+        m_msg->clear();
+        gs->btnSalveaza->click();
+        dmQuarv->caleDocumente = m_docs.path();
+        QCOMPARE(m_msg->errors.size(), 1);
+        QVERIFY(!QGuiApplication::overrideCursor());
+        QVERIFY(m_pg->scalar(QStringLiteral("select grid_style_bytea is null from grid_style")).toBool());
+        gs->close();
+        Q_UNUSED(before);
+    }
+
+    // The pickers: modal protocol, filter kept, list refreshed at every showing.
+    void pickers()
+    {
+        m_pg->exec(QStringLiteral("insert into conts (conts, den_conts) values ('401', 'Furnizori'), ('411', 'Clienti'),"
+                                  " ('5121', 'Conturi la banci');"
+                                  "insert into conts (conts, den_conts, discontinued) values ('999', 'Vechi', true);"
+                                  "insert into conta (conts, conta, den_conta) values ('401', '401.01', 'Furnizor A');"));
+        TfrmConts_select p;
+        QCOMPARE(QString::fromUtf8(TfrmConts_select::sql()),
+                 QStringLiteral("select *\nfrom conts\nwhere not discontinued \norder by conts\n         \n;"));
+        QCOMPARE(QString::fromUtf8(TfrmConta_select::sql()),
+                 QStringLiteral("select *\nfrom conta\nwhere not discontinued \norder by conts,\n         conta\n;"));
+
+        // OK on the focused row.
+        QTimer::singleShot(0, &p, [&p] {
+            p.tableView()->focusDataRow(1);
+            p.btnOK->click();
+        });
+        QCOMPARE(p.pick(), int(QDialog::Accepted));
+        QCOMPARE(p.chosen(QStringLiteral("conts")), QStringLiteral("411"));
+        QCOMPARE(p.dsConts->rowCount(), 3);
+
+        // Closed otherwise: no choice.
+        QTimer::singleShot(0, &p, [&p] { p.reject(); });
+        QCOMPARE(p.pick(), int(QDialog::Rejected));
+
+        // A filter and a retired account: next showing keeps one, drops the other.
+        p.tableView()->setFilterText(p.tableView()->columnIndex(QStringLiteral("den_conts")), QStringLiteral("i"));
+        m_pg->exec(QStringLiteral("update conts set discontinued = true where conts = '411'"));
+        QTimer::singleShot(0, &p, [&p] { p.btnOK->click(); });
+        QCOMPARE(p.pick(), int(QDialog::Accepted));
+        QCOMPARE(p.dsConts->rowCount(), 2);
+        QCOMPARE(p.tableView()->recordCount(), 2); // Furnizori, Conturi la banci
+        QCOMPARE(p.tableView()->column(1).filterText, QStringLiteral("i"));
+
+        // Everything filtered out: OK still, and an empty code.
+        p.tableView()->setFilterText(0, QStringLiteral("nimic"));
+        QTimer::singleShot(0, &p, [&p] { p.btnOK->click(); });
+        QCOMPARE(p.pick(), int(QDialog::Accepted));
+        QCOMPARE(p.chosen(QStringLiteral("conts")), QString());
+
+        TfrmConta_select a;
+        QTimer::singleShot(0, &a, [&a] { a.btnOK->click(); });
+        QCOMPARE(a.pick(), int(QDialog::Accepted));
+        QCOMPARE(a.chosen(QStringLiteral("conta")), QStringLiteral("401.01"));
+        QCOMPARE(a.tableView()->column(3).fieldName, QStringLiteral("moneda"));
+    }
+
+    void dateEditor()
+    {
+        ui::DateEdit e;
+        QSignalSpy changed(&e, &ui::DateEdit::valueChanged);
+        e.setText(QStringLiteral("31.02.2024"));
+        e.commitText(); // not a date: the editor stays empty
+        QVERIFY(e.isEmpty());
+        QVERIFY(e.text().isEmpty());
+        e.setText(QStringLiteral("5.3.24"));
+        e.commitText();
+        QCOMPARE(e.date(), QDate(2024, 3, 5));
+        QCOMPARE(e.text(), QStringLiteral("05.03.2024"));
+        e.setText(QString());
+        e.commitText();
+        QVERIFY(e.isEmpty());
+        QCOMPARE(changed.size(), 2);
+
+        // Snapping on change: an emptied editor stays empty.
+        rep::ReportDesc d = testDesc(QStringLiteral("frmSnap"), {});
+        d.editors[0].snap = rep::DateSnap::MonthStartOnChange;
+        d.editors[1].snap = rep::DateSnap::MonthEndOnExit;
+        d.editors[1].onShow = rep::DateOnShow::CurrentMonthEnd;
+        Form f(d);
+        ui::DateEdit *a = f.dateEdit(QStringLiteral("cxDateEdit1"));
+        a->setDate(QDate(2024, 3, 15));
+        QCOMPARE(a->date(), QDate(2024, 3, 1));
+        a->clearDate();
+        QVERIFY(a->isEmpty());
+        ui::DateEdit *b = f.dateEdit(QStringLiteral("cxDateEdit2"));
+        b->setDate(QDate(2024, 2, 3));
+        QCOMPARE(b->date(), QDate(2024, 2, 3));
+        emit b->exited();
+        QCOMPARE(b->date(), QDate(2024, 2, 29));
+        f.show();
+        const QDate t = QDate::currentDate();
+        QCOMPARE(b->date(), QDate(t.year(), t.month(), t.daysInMonth()));
+    }
+};
+
+QTEST_MAIN(TestFrame)
+#include "tst_frame.moc"
