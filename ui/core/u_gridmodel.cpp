@@ -45,12 +45,77 @@ qint64 orderedBits(double v)
     return i;
 }
 
-bool isAscii(QByteArrayView v)
+// Folds UTF-8 the way foldText does, for ASCII and the Romanian letters; false
+// (with nothing appended) for any other character, which takes the slow path.
+bool appendFolded(QByteArray &out, QByteArrayView v)
 {
-    for (char c : v)
-        if (static_cast<unsigned char>(c) >= 0x80)
+    const qsizetype start = out.size();
+    const char *p = v.data();
+    const qsizetype n = v.size();
+    for (qsizetype i = 0; i < n; ++i) {
+        const auto b = static_cast<unsigned char>(p[i]);
+        if (b < 0x80) {
+            out += char(b >= 'A' && b <= 'Z' ? b + 32 : b);
+            continue;
+        }
+        if (i + 1 >= n) {
+            out.truncate(start);
             return false;
+        }
+        const auto b2 = static_cast<unsigned char>(p[i + 1]);
+        const unsigned cp = (unsigned(b & 0x1f) << 6) | (b2 & 0x3f);
+        unsigned folded = 0;
+        switch (cp) {
+        case 0x015e: case 0x015f: case 0x0218: case 0x0219: folded = 0x0219; break; // s cedilla / comma below
+        case 0x0162: case 0x0163: case 0x021a: case 0x021b: folded = 0x021b; break; // t cedilla / comma below
+        case 0x0102: case 0x0103: folded = 0x0103; break;                             // a breve
+        case 0x00c2: case 0x00e2: folded = 0x00e2; break;                             // a circumflex
+        case 0x00ce: case 0x00ee: folded = 0x00ee; break;                             // i circumflex
+        default: break;
+        }
+        if ((b & 0xe0) != 0xc0 || !folded) {
+            out.truncate(start);
+            return false;
+        }
+        out += char(0xc0 | (folded >> 6));
+        out += char(0x80 | (folded & 0x3f));
+        ++i;
+    }
     return true;
+}
+
+bool hasHighBit(QByteArrayView v)
+{
+    for (char ch : v)
+        if (static_cast<unsigned char>(ch) >= 0x80)
+            return true;
+    return false;
+}
+
+// Whether ASCII text holds an ASCII needle already in lower case, ignoring case.
+bool asciiContainsFolded(QByteArrayView hay, QByteArrayView needle)
+{
+    const qsizetype n = hay.size(), nn = needle.size();
+    if (nn == 0)
+        return true;
+    const char *p = hay.data(), *nd = needle.data();
+    const char c0 = nd[0];
+    const char c0u = (c0 >= 'a' && c0 <= 'z') ? char(c0 - 32) : c0;
+    for (qsizetype i = 0; i + nn <= n; ++i) {
+        if (p[i] != c0 && p[i] != c0u)
+            continue;
+        qsizetype k = 1;
+        for (; k < nn; ++k) {
+            char x = p[i + k];
+            if (x >= 'A' && x <= 'Z')
+                x = char(x + 32);
+            if (x != nd[k])
+                break;
+        }
+        if (k == nn)
+            return true;
+    }
+    return false;
 }
 
 QString dateText(qint64 julianDay, const QString &fmt)
@@ -125,44 +190,86 @@ TextDict &GridModel::Impl::dict(int field)
     const db::Column &c = column(field);
     const qsizetype rows = n();
     d->ids.resize(size_t(rows));
-    // open addressing over the distinct values; grows at half load
-    std::vector<qint32> table(1024, -1);
-    std::vector<size_t> hashes;
+    // The column numbers its pooled values (equal numbers, equal values): each
+    // number is looked up once. Values it did not pool are merged by their
+    // bytes, kept in a compact copy so the comparisons stay in cache.
+    std::vector<qint32> byEntry;
+    std::vector<quint64> table(1024, 0); // (hash tag << 32) | (id + 1); 0 = free
+    std::vector<quint64> offsets{0};
+    QByteArray &heap = d->ownBytes;
     size_t mask = table.size() - 1;
+    auto fastHash = [](const char *p, qsizetype len) {
+        quint64 h = 0x9e3779b97f4a7c15ull ^ quint64(len);
+        qsizetype i = 0;
+        for (; i + 8 <= len; i += 8) {
+            quint64 w;
+            std::memcpy(&w, p + i, 8);
+            h = (h ^ w) * 0xff51afd7ed558ccdull;
+            h ^= h >> 32;
+        }
+        quint64 w = 0;
+        std::memcpy(&w, p + i, size_t(len - i));
+        h = (h ^ w) * 0xc4ceb9fe1a85ec53ull;
+        h ^= h >> 29;
+        return h;
+    };
     for (qsizetype r = 0; r < rows; ++r) {
         if (c.isNull(r)) {
             d->ids[size_t(r)] = -1;
             continue;
         }
+        const quint32 e = c.textId(r);
+        if (e < byEntry.size() && byEntry[e] >= 0) {
+            d->ids[size_t(r)] = byEntry[e];
+            continue;
+        }
         const QByteArrayView v = c.bytes(r);
-        const size_t h = qHashBits(v.data(), size_t(v.size()), 0);
-        size_t s = h & mask;
+        const quint64 h = fastHash(v.data(), v.size());
+        const quint64 tag = h >> 32;
+        size_t s = size_t(h) & mask;
         qint32 id;
         for (;;) {
-            id = table[s];
-            if (id < 0) {
-                id = qint32(d->values.size());
-                d->values.push_back(v);
-                hashes.push_back(h);
-                table[s] = id;
-                if (d->values.size() * 2 > table.size()) {
-                    table.assign(table.size() * 2, -1);
+            const quint64 slot = table[s];
+            if (slot == 0) {
+                id = qint32(offsets.size() - 1);
+                heap.append(v.data(), v.size());
+                offsets.push_back(quint64(heap.size()));
+                table[s] = (tag << 32) | quint64(id + 1);
+                if ((offsets.size() - 1) * 2 > table.size()) {
+                    std::vector<quint64> old(table.size() * 2, 0);
+                    old.swap(table);
                     mask = table.size() - 1;
-                    for (size_t k = 0; k < hashes.size(); ++k) {
-                        size_t t = hashes[k] & mask;
-                        while (table[t] >= 0)
+                    for (quint64 o : old) {
+                        if (!o)
+                            continue;
+                        const qint32 k = qint32(o & 0xffffffffu) - 1;
+                        const quint64 hk = fastHash(heap.constData() + offsets[size_t(k)],
+                                                    qsizetype(offsets[size_t(k) + 1] - offsets[size_t(k)]));
+                        size_t t = size_t(hk) & mask;
+                        while (table[t])
                             t = (t + 1) & mask;
-                        table[t] = qint32(k);
+                        table[t] = o;
                     }
                 }
                 break;
             }
-            if (hashes[size_t(id)] == h && d->values[size_t(id)] == v)
-                break;
+            if ((slot >> 32) == tag) {
+                id = qint32(slot & 0xffffffffu) - 1;
+                const QByteArrayView have(heap.constData() + offsets[size_t(id)],
+                                          qsizetype(offsets[size_t(id) + 1] - offsets[size_t(id)]));
+                if (have == v)
+                    break;
+            }
             s = (s + 1) & mask;
         }
+        if (e >= byEntry.size())
+            byEntry.resize(std::max<size_t>(size_t(e) + 1, byEntry.size() * 2), -1);
+        byEntry[e] = id;
         d->ids[size_t(r)] = id;
     }
+    d->values.reserve(offsets.size() - 1);
+    for (size_t k = 0; k + 1 < offsets.size(); ++k)
+        d->values.emplace_back(heap.constData() + offsets[k], qsizetype(offsets[k + 1] - offsets[k]));
     TextDict &ref = *d;
     dicts.emplace(field, std::move(d));
     return ref;
@@ -228,41 +335,53 @@ void GridModel::Impl::foldDict(TextDict &d)
     d.foldOffsets.reserve(d.values.size() + 1);
     d.foldOffsets.push_back(0);
     for (const QByteArrayView &v : d.values) {
-        if (isAscii(v)) {
-            const qsizetype at = d.foldHeap.size();
-            d.foldHeap.append(v.data(), v.size());
-            char *p = d.foldHeap.data() + at;
-            for (qsizetype i = 0; i < v.size(); ++i)
-                if (p[i] >= 'A' && p[i] <= 'Z')
-                    p[i] = char(p[i] + 32);
-        } else {
+        if (!appendFolded(d.foldHeap, v))
             d.foldHeap += foldText(QString::fromUtf8(v)).toUtf8();
-        }
         d.foldOffsets.push_back(quint32(d.foldHeap.size()));
     }
 }
 
-qint64 GridModel::Impl::sortKey(const ColState &cs, qint32 row)
+namespace {
+
+// The ordering key of one column's cells: collation rank for text, the value
+// (order-preserving bits for doubles) otherwise; nulls lowest.
+struct KeyReader {
+    const db::Column *c = nullptr;
+    const qint32 *ids = nullptr;
+    const qint32 *rank = nullptr;
+    bool isFloat = false;
+
+    qint64 operator()(qint32 row) const
+    {
+        if (!c)
+            return 0;
+        if (ids) {
+            const qint32 id = ids[row];
+            return id < 0 ? kNullKey : rank[id];
+        }
+        if (c->isNull(row))
+            return kNullKey;
+        return isFloat ? orderedBits(c->asDouble(row)) : c->asInt64(row);
+    }
+};
+
+KeyReader keyReader(GridModel::Impl &d, const ColState &cs)
 {
-    const db::Column &c = column(cs.field);
-    if (c.isNull(row))
-        return kNullKey;
-    switch (cs.type) {
-    case db::FieldType::Float: return orderedBits(c.asDouble(row));
-    case db::FieldType::String:
-    case db::FieldType::Text:
-    case db::FieldType::Bytes: {
-        TextDict &d = dict(cs.field);
-        return d.rank[size_t(d.ids[size_t(row)])];
+    KeyReader k;
+    if (cs.field < 0)
+        return k;
+    k.c = &d.column(cs.field);
+    if (cs.kind == ColumnKind::Text || cs.kind == ColumnKind::Bytes) {
+        TextDict &t = d.dict(cs.field);
+        d.rankDict(t);
+        k.ids = t.ids.data();
+        k.rank = t.rank.data();
     }
-    default: return c.asInt64(row);
-    }
+    k.isFloat = cs.type == db::FieldType::Float;
+    return k;
 }
 
-qint64 GridModel::Impl::groupKey(const ColState &cs, qint32 row)
-{
-    return sortKey(cs, row);
-}
+} // namespace
 
 // ---------------------------------------------------------------- filters
 
@@ -414,14 +533,16 @@ void GridModel::Impl::computePass()
         }
         const db::Column &c = column(cs.field);
         if (f.op == FilterOp::Contains) {
+            // one test per distinct value, then a look-up per row
             TextDict &d = dict(cs.field);
             foldDict(d);
-            std::vector<quint8> match(d.values.size());
             const QByteArrayView needle(f.needle);
+            const bool needleAscii = !hasHighBit(needle);
+            std::vector<quint8> match(d.values.size());
             for (size_t i = 0; i < d.values.size(); ++i) {
                 const QByteArrayView v(d.foldHeap.constData() + d.foldOffsets[i],
                                        qsizetype(d.foldOffsets[i + 1] - d.foldOffsets[i]));
-                match[i] = v.indexOf(needle) >= 0;
+                match[i] = needleAscii ? asciiContainsFolded(v, needle) : v.indexOf(needle) >= 0;
             }
             const qint32 *ids = d.ids.data();
             for (qsizetype r = 0; r < rows; ++r) {
@@ -576,14 +697,15 @@ void GridModel::Impl::computeOrder()
     // one integer key vector per sort key: text by collation rank, the rest by value
     std::vector<std::vector<qint64>> kv(keys.size());
     for (size_t k = 0; k < keys.size(); ++k) {
-        const ColState &cs = *keys[k].cs;
-        if (cs.kind == ColumnKind::Text || cs.kind == ColumnKind::Bytes)
-            rankDict(dict(cs.field));
+        const KeyReader key = keyReader(*this, *keys[k].cs);
         std::vector<qint64> &v = kv[k];
         v.resize(size_t(rows));
-        for (qint32 r = 0; r < qint32(rows); ++r) {
-            const qint64 key = sortKey(cs, r);
-            v[size_t(r)] = keys[k].desc ? ~key : key;
+        if (keys[k].desc) {
+            for (qint32 r = 0; r < qint32(rows); ++r)
+                v[size_t(r)] = ~key(r);
+        } else {
+            for (qint32 r = 0; r < qint32(rows); ++r)
+                v[size_t(r)] = key(r);
         }
     }
 
@@ -698,18 +820,12 @@ void GridModel::Impl::buildNodes()
     const int levels = int(groupCols.size());
     if (levels == 0)
         return;
-    std::vector<const ColState *> gcs;
+    std::vector<KeyReader> readers;
     for (int col : groupCols)
-        gcs.push_back(&cols[size_t(col)]);
+        readers.push_back(keyReader(*this, cols[size_t(col)]));
     std::vector<qint64> cur(static_cast<size_t>(levels));
     std::vector<qint32> open(static_cast<size_t>(levels), -1);
-    auto keyAt = [&](int level, qint32 row) -> qint64 {
-        const ColState &cs = *gcs[size_t(level)];
-        return cs.field < 0 ? 0 : groupKey(cs, row);
-    };
-    for (const ColState *cs : gcs)
-        if (cs->field >= 0 && (cs->kind == ColumnKind::Text || cs->kind == ColumnKind::Bytes))
-            rankDict(dict(cs->field));
+    auto keyAt = [&](int level, qint32 row) -> qint64 { return readers[size_t(level)](row); };
     auto closeFrom = [&](int level, qint32 recEnd) {
         for (int l = levels - 1; l >= level; --l) {
             const qint32 i = open[size_t(l)];
@@ -1118,9 +1234,8 @@ void GridModel::Impl::appendUtf8(QByteArray &out, qint32 row, const ColState &cs
             char buf[32];
             auto res = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::general, 15);
             if (!std::memchr(buf, 'e', size_t(res.ptr - buf)) && !(res.ptr - buf == 2 && buf[0] == '-' && buf[1] == '0')) {
-                const QString dp = locale.decimalPoint();
-                if (dp != QLatin1String(".")) {
-                    const QByteArray d8 = dp.toUtf8();
+                if (decimalPoint8 != ".") {
+                    const QByteArray &d8 = decimalPoint8;
                     for (char *p = buf; p < res.ptr; ++p) {
                         if (*p == '.') {
                             out.append(buf, int(p - buf));
@@ -1243,6 +1358,7 @@ const Agg *GridModel::Impl::nodeAgg(qint32 node, const GridSummary &s) const
 GridModel::GridModel(QObject *parent) : QObject(parent), d(std::make_unique<Impl>())
 {
     d->q = this;
+    d->decimalPoint8 = d->locale.decimalPoint().toUtf8();
 }
 
 GridModel::~GridModel()
@@ -1277,6 +1393,7 @@ QLocale GridModel::locale() const { return d->locale; }
 void GridModel::setLocale(const QLocale &l)
 {
     d->locale = l;
+    d->decimalPoint8 = l.decimalPoint().toUtf8();
     d->run(Impl::FData);
     emit columnsChanged();
 }

@@ -16,11 +16,12 @@
 namespace ui {
 
 // Distinct values of one text field: an id per row (-1 for null), the
-// distinct values (views into the column's own bytes), their collation rank
+// distinct values (a compact copy of their bytes), their collation rank
 // and, for filtering, their folded form. Built once per data load and field.
 struct TextDict {
     std::vector<qint32> ids;
-    std::vector<QByteArrayView> values;
+    std::vector<QByteArrayView> values;   // into ownBytes
+    QByteArray ownBytes;
     std::vector<qint32> rank;          // per id; empty until ranked
     QByteArray foldHeap;               // folded values, back to back
     std::vector<quint32> foldOffsets;  // values.size() + 1 when folded
@@ -104,6 +105,7 @@ struct GridModel::Impl {
     QPointer<db::DataSet> ds;
     QList<QMetaObject::Connection> conns;
     QLocale locale;
+    QByteArray decimalPoint8;   // the locale's decimal point, UTF-8 (export fast path)
     bool sync = true;
     bool syncGuard = false;
     bool groupByBox = true, footer = true, filterRow = true, groupFooters = true, indicator = true;
@@ -140,8 +142,6 @@ struct GridModel::Impl {
     TextDict &dict(int field);
     void rankDict(TextDict &d);
     void foldDict(TextDict &d);
-    qint64 sortKey(const ColState &cs, qint32 row);
-    qint64 groupKey(const ColState &cs, qint32 row);
     void compileFilter(ColState &cs);
 
     void run(unsigned flags);
