@@ -142,7 +142,13 @@ int main(int argc, char **argv)
         reg->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(QDate(2026, 11, 30));
         bench("registru_all_cauta_ms", reg, std::max(1, repeat / 2));
 
-        // The account sheet: customers over a quarter (the period row is posted each run).
+        // The account sheet: customers over a quarter (the period row is posted
+        // each run; the period found there is put back afterwards).
+        db::Query &periodRow = *dmQuarv->dsDataList;
+        periodRow.open();
+        const bool hadPeriod = !periodRow.isEmpty();
+        const QDate oldStart = periodRow.fieldValue(QStringLiteral("data_incep")).toDate();
+        const QDate oldEnd = periodRow.fieldValue(QStringLiteral("data_sf")).toDate();
         fisa->buttonEdit(QStringLiteral("cxButtonEdit1"))->setText(QStringLiteral("4111"));
         fisa->dateEdit(QStringLiteral("cxDateEdit1"))->setDate(QDate(2026, 1, 1));
         fisa->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(QDate(2026, 3, 31));
@@ -152,6 +158,8 @@ int main(int argc, char **argv)
             fisa->resize(1960, 760);
             shot(fisa, shots, "fisa.png");
         }
+        if (hadPeriod)
+            TReportForm::writePeriodRow(periodRow, oldStart, oldEnd, false);
     } catch (const QuarvError &e) {
         std::fprintf(stderr, "bench_reports: %s\n", e.what());
         return 1;
