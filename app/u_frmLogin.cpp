@@ -134,7 +134,7 @@ TfrmLogin::TfrmLogin(QWidget *parent) : QDialog(parent)
 
     auto *grid = new QGridLayout;
     grid->setHorizontalSpacing(8);
-    grid->setVerticalSpacing(6);
+    grid->setVerticalSpacing(5);
     grid->addWidget(lblIp, 0, 0);
     grid->addWidget(edtIp, 0, 1);
     grid->addWidget(lblPort, 1, 0);
@@ -148,7 +148,7 @@ TfrmLogin::TfrmLogin(QWidget *parent) : QDialog(parent)
     grid->setColumnStretch(1, 1);
 
     auto *lay = new QVBoxLayout(this);
-    lay->setContentsMargins(12, 8, 12, 12);
+    lay->setContentsMargins(12, 6, 12, 10);
     lay->setSpacing(8);
     lay->addWidget(lblTitle, 0, Qt::AlignLeft);
     lay->addLayout(grid);

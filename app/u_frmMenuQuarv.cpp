@@ -91,7 +91,7 @@ TfrmMenuQUARV::TfrmMenuQUARV(QWidget *parent) : QWidget(parent)
 
     auto *menuLay = new QVBoxLayout(cxGroupBoxMenu);
     menuLay->setContentsMargins(8, 8, 8, 8);
-    menuLay->setSpacing(6);
+    menuLay->setSpacing(5);
     for (QPushButton *b : {btnFisaCont, btnAnalizaProfitabilitate, btnAnalizaRegJurn, btnContareDoc, cxButton1,
                            btnAnalizaContabilaDetaliata, cxButton2, cxButton3})
         menuLay->addWidget(b, 0, Qt::AlignLeft);
