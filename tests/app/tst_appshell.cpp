@@ -193,7 +193,17 @@ private slots:
             QEvent ev(QEvent::User);
             QCoreApplication::sendEvent(&t, &ev); // must not throw
         }
-        QCOMPARE(m_msg->errors, QStringList({"Eroare de proba", "std failure", "Eroare necunoscuta"}));
+        // A handler wired without a guard: the click ends, the text is shown.
+        QPushButton b;
+        int after = 0;
+        connect(&b, &QPushButton::clicked, [] { throw QuarvError(QStringLiteral("Alegeti Perioada Dorita!")); });
+        connect(&b, &QPushButton::pressed, [&] { ++after; });
+        b.show();
+        QTest::mouseClick(&b, Qt::LeftButton);
+        QTest::mouseClick(&b, Qt::LeftButton);
+        QCOMPARE(after, 2);
+        QCOMPARE(m_msg->errors, QStringList({"Eroare de proba", "std failure", "Eroare necunoscuta",
+                                             "Alegeti Perioada Dorita!", "Alegeti Perioada Dorita!"}));
     }
 
     void loginWindowLayout()
