@@ -136,7 +136,11 @@ int main(int argc, char **argv)
                 g->setExpanded(smallest, true);
             shot(reg, shots, "registru_grupat.png");
             g->clearGrouping();
+            g->clearSorting(); // grouping sorted by the journal; back to the query's order
+            // Every column in sight, the journal and the English description included.
+            reg->resize(2860, 760);
             shot(reg, shots, "registru.png");
+            reg->resize(1400, 760);
         }
         reg->dateEdit(QStringLiteral("cxDateEdit1"))->setDate(QDate(2025, 1, 1));
         reg->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(QDate(2026, 11, 30));
