@@ -78,11 +78,41 @@ void GridTableView::setDataSet(db::DataSet *ds)
     if (ds) {
         // The edit buffer is painted for the row being edited.
         connect(ds, &db::DataSet::editValueChanged, viewport(), qOverload<>(&QWidget::update), Qt::UniqueConnection);
-        connect(ds, &db::DataSet::stateChanged, viewport(), qOverload<>(&QWidget::update), Qt::UniqueConnection);
+        connect(ds, &db::DataSet::stateChanged, this, &GridTableView::onDataSetState, Qt::UniqueConnection);
     }
 }
 
 db::DataSet *GridTableView::dataSet() const { return m_model->dataSet(); }
+
+bool GridTableView::insertRowShown() const
+{
+    const db::DataSet *ds = dataSet();
+    return ds && ds->state() == db::DataSet::State::Insert;
+}
+
+qsizetype GridTableView::insertRow() const { return insertRowShown() ? m_model->rowCount() : -1; }
+qsizetype GridTableView::totalRows() const { return m_model->rowCount() + (insertRowShown() ? 1 : 0); }
+qsizetype GridTableView::currentRow() const { return insertRowShown() ? m_model->rowCount() : m_model->focusedRow(); }
+
+bool GridTableView::isDataRow(qsizetype row) const
+{
+    if (row >= 0 && row == insertRow())
+        return true;
+    return row >= 0 && row < m_model->rowCount() && m_model->rowKind(row) == RowKind::Data;
+}
+
+void GridTableView::onDataSetState()
+{
+    if (isEditing() && m_editRow >= totalRows())
+        cancelEdit();
+    updateScrollBars();
+    if (insertRowShown()) {
+        scrollToRow(insertRow());
+        if (m_focusColumn < 0 && !m_visible.isEmpty())
+            m_focusColumn = m_visible.first();
+    }
+    viewport()->update();
+}
 
 void GridTableView::setColumnEditable(const QString &fieldName, bool editable)
 {
@@ -238,11 +268,11 @@ GridHit GridTableView::hitTest(const QPoint &pos) const
     if (pos.y() < 0)
         return h;
     const qsizetype row = topRow() + pos.y() / m_rowHeight;
-    if (row >= m_model->rowCount())
+    if (row >= totalRows())
         return h;
     h.row = row;
     h.column = columnAtX(pos.x());
-    if (m_model->rowKind(row) == RowKind::Group) {
+    if (row < m_model->rowCount() && m_model->rowKind(row) == RowKind::Group) {
         const int bx = indicatorWidth() + m_model->rowLevel(row) * kIndentStep - horizontalScrollBar()->value();
         h.expandButton = pos.x() >= bx && pos.x() < bx + kIndentStep;
     }
@@ -265,7 +295,7 @@ void GridTableView::updateScrollBars()
 {
     const int full = std::max(1, viewport()->height() / m_rowHeight);
     QScrollBar *vb = verticalScrollBar();
-    const qsizetype rows = m_model->rowCount();
+    const qsizetype rows = totalRows();
     vb->setRange(0, int(std::max<qsizetype>(0, rows - full)));
     vb->setPageStep(full);
     QScrollBar *hb = horizontalScrollBar();
@@ -373,7 +403,7 @@ void GridTableView::paintEvent(QPaintEvent *e)
     QPainter p(viewport());
     const QRect clip = e->rect();
     p.fillRect(clip, *resolvedStyle(GridElement::Background).color);
-    const qsizetype rows = m_model->rowCount();
+    const qsizetype rows = totalRows();
     const qsizetype first = topRow() + clip.top() / m_rowHeight;
     const qsizetype last = std::min(rows - 1, topRow() + clip.bottom() / m_rowHeight);
     for (qsizetype r = first; r <= last; ++r)
@@ -438,8 +468,9 @@ void GridTableView::paintCellText(QPainter &p, const QRect &r, const QString &te
 QString GridTableView::editValueText(qsizetype row, int col, bool *fromBuffer) const
 {
     const db::DataSet *ds = dataSet();
-    const qsizetype dr = m_model->dataRow(row);
-    if (ds && ds->isEditing() && dr >= 0 && dr == ds->currentRow() && ds->isModified()) {
+    const bool inserting = row >= 0 && row == insertRow();
+    const qsizetype dr = inserting ? -1 : m_model->dataRow(row);
+    if (ds && ((ds->isEditing() && dr >= 0 && dr == ds->currentRow() && ds->isModified()) || inserting)) {
         const int f = m_model->columnField(col);
         if (f >= 0) {
             if (fromBuffer)
@@ -449,6 +480,8 @@ QString GridTableView::editValueText(qsizetype row, int col, bool *fromBuffer) c
                 return v.toDate().toString(QStringLiteral("dd.MM.yyyy"));
             return v.toString();
         }
+        if (inserting)
+            return {};
     }
     if (fromBuffer)
         *fromBuffer = false;
@@ -457,9 +490,10 @@ QString GridTableView::editValueText(qsizetype row, int col, bool *fromBuffer) c
 
 void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const QRect &clip)
 {
-    const RowKind kind = m_model->rowKind(row);
-    const int level = m_model->rowLevel(row);
-    const bool focused = row == m_model->focusedRow();
+    const bool inserting = row == insertRow();
+    const RowKind kind = inserting ? RowKind::Data : m_model->rowKind(row);
+    const int level = inserting ? int(m_model->groupColumns().size()) : m_model->rowLevel(row);
+    const bool focused = row == currentRow();
     const int indW = indicatorWidth();
     const int hx = horizontalScrollBar()->value();
     const int levels = int(m_model->groupColumns().size());
@@ -491,16 +525,10 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
             const QRect cr(firstColumnX() + m_left[i], r.y(), columnWidth(col), r.height());
             if (cr.right() < clip.left() || cr.left() > clip.right())
                 continue;
-            const bool sel = focused && (m_focusColumn < 0 || m_focusColumn == col || !hasFocus());
-            const CellStyle &cs = focused ? (sel ? selSt : resolvedStyle(GridElement::Selection)) : st;
-            p.fillRect(cr, focused ? *cs.color : *st.color);
-            if (focused && !sel) {
-                // The focused cell stands out inside the selected row.
-                p.fillRect(cr.adjusted(1, 1, -1, -1), *st.color);
-            }
-            const CellStyle &ts = (focused && sel) ? cs : st;
+            const CellStyle &ts = focused ? selSt : st;
+            p.fillRect(cr, *ts.color);
             if (m_model->columnKind(col) == ColumnKind::Bool) {
-                int state = m_model->cellCheck(row, col);
+                int state = inserting ? -1 : m_model->cellCheck(row, col);
                 bool buf = false;
                 const QString t = editValueText(row, col, &buf);
                 if (buf)
@@ -526,6 +554,12 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
             p.setPen(kGridLine);
             p.drawLine(cr.topRight(), cr.bottomRight());
             p.drawLine(cr.bottomLeft(), cr.bottomRight());
+            if (focused && col == m_focusColumn && hasFocus()) {
+                // the focused cell inside the selected row
+                QPen pen(*ts.textColor, 1, Qt::DotLine);
+                p.setPen(pen);
+                p.drawRect(cr.adjusted(1, 1, -2, -2));
+            }
         }
         if (contentRight < r.right())
             p.fillRect(QRect(contentRight, r.y(), r.right() - contentRight + 1, r.height()),
@@ -606,13 +640,18 @@ void GridTableView::setFocusedColumn(int col)
 
 bool GridTableView::moveFocusTo(qsizetype row)
 {
+    if (isEditing())
+        commitEdit();
+    db::DataSet *ds = dataSet();
+    if (insertRowShown() && row >= insertRow()) {
+        // Leaving the new row downwards posts it; the focus follows the posted row.
+        guarded([ds] { ds->post(); });
+        return !ds->isEditing();
+    }
     const qsizetype rows = m_model->rowCount();
     if (rows == 0)
         return false;
     row = std::clamp<qsizetype>(row, 0, rows - 1);
-    if (isEditing())
-        commitEdit();
-    db::DataSet *ds = dataSet();
     if (ds && ds->isEditing() && m_model->dataRow(row) != ds->currentRow()) {
         guarded([ds] { ds->post(); });
         if (ds->isEditing())
@@ -624,16 +663,16 @@ bool GridTableView::moveFocusTo(qsizetype row)
 
 void GridTableView::moveFocusBy(qsizetype delta)
 {
-    const qsizetype cur = m_model->focusedRow();
+    const qsizetype cur = currentRow();
     moveFocusTo(cur < 0 ? 0 : cur + delta);
 }
 
 void GridTableView::keyPressEvent(QKeyEvent *e)
 {
-    const qsizetype row = m_model->focusedRow();
+    const qsizetype row = currentRow();
     const bool ctrl = e->modifiers() & Qt::ControlModifier;
     const int page = std::max(1, viewport()->height() / m_rowHeight - 1);
-    const RowKind kind = row >= 0 ? m_model->rowKind(row) : RowKind::Data;
+    const RowKind kind = isDataRow(row) || row < 0 ? RowKind::Data : m_model->rowKind(row);
     const bool onGroup = row >= 0 && kind == RowKind::Group;
     const int vi = int(m_visible.indexOf(m_focusColumn));
     switch (e->key()) {
@@ -730,7 +769,7 @@ void GridTableView::mousePressEvent(QMouseEvent *e)
     const GridHit h = hitTest(e->position().toPoint());
     if (h.row < 0 || e->button() != Qt::LeftButton)
         return;
-    if (!moveFocusTo(h.row))
+    if (h.row != insertRow() && !moveFocusTo(h.row))
         return;
     if (h.expandButton) {
         m_model->toggleExpanded(h.row);
@@ -738,7 +777,7 @@ void GridTableView::mousePressEvent(QMouseEvent *e)
     }
     if (h.column >= 0)
         setFocusedColumn(h.column);
-    if (m_model->rowKind(m_model->focusedRow()) == RowKind::Data && isColumnEditable(h.column)
+    if (isDataRow(currentRow()) && isColumnEditable(h.column)
         && m_model->columnKind(h.column) == ColumnKind::Bool)
         toggleCheck(h.column);
 }
@@ -748,7 +787,7 @@ void GridTableView::mouseDoubleClickEvent(QMouseEvent *e)
     const GridHit h = hitTest(e->position().toPoint());
     if (h.row < 0 || e->button() != Qt::LeftButton)
         return;
-    const RowKind kind = m_model->rowKind(h.row);
+    const RowKind kind = isDataRow(h.row) ? RowKind::Data : m_model->rowKind(h.row);
     if (kind == RowKind::Group && !h.expandButton) {
         m_model->toggleExpanded(h.row);
     } else if (kind == RowKind::Data && isColumnEditable(h.column)) {
@@ -813,9 +852,9 @@ bool GridTableView::isEditing() const { return m_editRow >= 0; }
 
 bool GridTableView::startEdit(const QString &initialText)
 {
-    const qsizetype row = m_model->focusedRow();
+    const qsizetype row = currentRow();
     const int col = m_focusColumn;
-    if (row < 0 || m_model->rowKind(row) != RowKind::Data || !isColumnEditable(col)
+    if (!isDataRow(row) || !isColumnEditable(col)
         || m_model->columnKind(col) == ColumnKind::Bool)
         return false;
     scrollToRow(row);
@@ -846,14 +885,15 @@ void GridTableView::commitEdit()
     if (hadFocus)
         setFocus();
     db::DataSet *ds = dataSet();
+    const bool inserting = row == insertRow();
     const qsizetype dr = m_model->dataRow(row);
     const int field = m_model->columnField(col);
-    if (!ds || dr < 0 || field < 0)
+    if (!ds || (dr < 0 && !inserting) || field < 0)
         return;
     if (text == editValueText(row, col))
         return; // nothing changed: no edit is started
     guarded([&] {
-        if (ds->currentRow() != dr)
+        if (!inserting && ds->currentRow() != dr)
             ds->setCurrentRow(dr);
         ds->setFieldValue(field, text.isEmpty() ? QVariant() : QVariant(text));
     });
@@ -874,15 +914,16 @@ void GridTableView::cancelEdit()
 
 bool GridTableView::toggleCheck(int col)
 {
-    const qsizetype row = m_model->focusedRow();
+    const qsizetype row = currentRow();
     db::DataSet *ds = dataSet();
-    const qsizetype dr = m_model->dataRow(row);
+    const bool inserting = row >= 0 && row == insertRow();
+    const qsizetype dr = inserting ? -1 : m_model->dataRow(row);
     const int field = m_model->columnField(col);
-    if (!ds || dr < 0 || field < 0 || !isColumnEditable(col) || m_model->columnKind(col) != ColumnKind::Bool)
+    if (!ds || (dr < 0 && !inserting) || field < 0 || !isColumnEditable(col) || m_model->columnKind(col) != ColumnKind::Bool)
         return false;
     bool ok = false;
     guarded([&] {
-        if (ds->currentRow() != dr)
+        if (!inserting && ds->currentRow() != dr)
             ds->setCurrentRow(dr);
         const QVariant v = ds->fieldValue(field);
         ds->setFieldValue(field, QVariant(!(v.isValid() && v.toBool())));
@@ -1041,6 +1082,12 @@ QMenu *GridTableView::createHeaderMenu(int col, QWidget *parent)
 
 QString GridTableView::accessibleCellText(qsizetype row, int col) const
 {
+    if (row >= 0 && row == insertRow() && col >= 0 && col < m_model->columnCount()) {
+        const QString t = editValueText(row, col);
+        if (m_model->columnKind(col) == ColumnKind::Bool && !t.isEmpty())
+            return t == QLatin1String("true") ? QStringLiteral("True") : QStringLiteral("False");
+        return t;
+    }
     if (row < 0 || row >= m_model->rowCount() || col < 0 || col >= m_model->columnCount())
         return {};
     switch (m_model->rowKind(row)) {

@@ -83,6 +83,14 @@ public:
     GridHit hitTest(const QPoint &viewportPos) const;
     void scrollToRow(qsizetype displayRow);
 
+    // ----- the row being inserted: while the dataset inserts, one more row
+    // under the last one shows (and edits) its edit buffer.
+    bool insertRowShown() const;
+    qsizetype insertRow() const;           // its display index (model rows), -1 when not shown
+    qsizetype totalRows() const;           // model rows plus the row being inserted
+    // The row the operator is on: the row being inserted, else the model's focused row.
+    qsizetype currentRow() const;
+
     // ----- focus
     int focusedColumn() const { return m_focusColumn; }
     void setFocusedColumn(int col);
@@ -159,6 +167,8 @@ private:
     void paintIndicator(QPainter &p, const QRect &r, bool focused) const;
     void moveFocusBy(qsizetype delta);
     QString editValueText(qsizetype row, int col, bool *fromBuffer = nullptr) const;
+    bool isDataRow(qsizetype row) const;
+    void onDataSetState();
     int firstColumnX() const;             // viewport x of the first visible column's left edge
 
     GridModel *m_model = nullptr;

@@ -528,6 +528,35 @@ void TstGridView::editingPostsWhenLeavingTheRow()
     QTest::keyClick(f.view, Qt::Key_Down);
     QCOMPARE(f.m->focusedRow(), 2);
     QCOMPARE(f.table->value(1, 1).toString(), QStringLiteral("încasare nouă"));
+
+    // A new row from the navigator shows under the last one, takes typing, posts on leaving.
+    GridNavigator *nav = f.grid.navigator();
+    nav->setButtonVisible(GridNavigator::Insert, true);
+    QTest::mouseClick(nav->button(GridNavigator::Insert), Qt::LeftButton);
+    QVERIFY(f.view->insertRowShown());
+    QCOMPARE(f.view->totalRows(), 6);
+    QCOMPARE(f.view->currentRow(), 5);
+    f.view->setFocus();
+    QTest::keyClick(f.view, Qt::Key_F2);
+    QVERIFY(f.view->isEditing());
+    typeText(f.view->cellEditor(), QStringLiteral("nou"));
+    QTest::keyClick(f.view->cellEditor(), Qt::Key_Return);
+    QCOMPARE(f.view->accessibleCellText(5, f.m->columnIndex(QStringLiteral("explicatie"))), QStringLiteral("nou"));
+    QTest::mouseClick(f.view->viewport(), Qt::LeftButton, {}, f.cellCenter(5, QStringLiteral("inactiv")));
+    QCOMPARE(f.table->fieldValue(QStringLiteral("inactiv")), QVariant(true));
+    QTest::keyClick(f.view, Qt::Key_Down);
+    QVERIFY(!f.table->isEditing());
+    QCOMPARE(f.table->rowCount(), 6);
+    QCOMPARE(f.table->value(5, 1).toString(), QStringLiteral("nou"));
+    QCOMPARE(f.m->recordCount(), 6);
+    QCOMPARE(f.view->totalRows(), 6);
+    // Escape drops a new row that is not wanted.
+    QTest::mouseClick(nav->button(GridNavigator::Insert), Qt::LeftButton);
+    QCOMPARE(f.view->totalRows(), 7);
+    f.view->setFocus();
+    QTest::keyClick(f.view, Qt::Key_Escape);
+    QCOMPARE(f.view->totalRows(), 6);
+    QCOMPARE(f.table->rowCount(), 6);
 }
 
 void TstGridView::refreshKeepsTheLayout()
