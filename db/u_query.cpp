@@ -318,31 +318,47 @@ void Query::fetch()
             error = std::make_unique<QuarvError>(c.resultError(nullptr));
         } else {
             PQsetSingleRowMode(pc);
-            while (PGresult *r = PQgetResult(pc)) {
-                const ExecStatusType st = PQresultStatus(r);
-                if (st == PGRES_SINGLE_TUPLE || st == PGRES_TUPLES_OK) {
-                    if (!haveFields && !error) {
-                        buildFields(r);
-                        cols = &mutableColumns();
-                        haveFields = true;
-                    }
-                    if (st == PGRES_SINGLE_TUPLE && !error) {
-                        const int nf = int(cols->size());
-                        for (int f = 0; f < nf; ++f) {
-                            Column &col = (*cols)[size_t(f)];
-                            if (PQgetisnull(r, 0, f))
-                                col.appendNull();
-                            else if (d->isDeferredField(f))
-                                col.appendNull();
-                            else
-                                pg::appendText(col, PQgetvalue(r, 0, f), PQgetlength(r, 0, f));
+            try {
+                for (;;) {
+                    // Each row's result is freed as soon as it is converted.
+                    ResultPtr r(PQgetResult(pc));
+                    if (!r)
+                        break;
+                    const ExecStatusType st = PQresultStatus(r.get());
+                    if (st == PGRES_SINGLE_TUPLE || st == PGRES_TUPLES_OK) {
+                        if (!haveFields && !error) {
+                            buildFields(r.get());
+                            cols = &mutableColumns();
+                            haveFields = true;
                         }
-                        ++rows;
+                        if (st == PGRES_SINGLE_TUPLE && !error) {
+                            const int nf = int(cols->size());
+                            for (int f = 0; f < nf; ++f) {
+                                Column &col = (*cols)[size_t(f)];
+                                if (PQgetisnull(r.get(), 0, f) || d->isDeferredField(f))
+                                    col.appendNull();
+                                else
+                                    pg::appendText(col, PQgetvalue(r.get(), 0, f), PQgetlength(r.get(), 0, f));
+                            }
+                            ++rows;
+                        }
+                    } else if (st != PGRES_COMMAND_OK && st != PGRES_EMPTY_QUERY && !error) {
+                        error = std::make_unique<QuarvError>(c.resultError(r.get()));
                     }
-                } else if (st != PGRES_COMMAND_OK && st != PGRES_EMPTY_QUERY && !error) {
-                    error = std::make_unique<QuarvError>(c.resultError(r));
                 }
-                PQclear(r);
+            } catch (...) {
+                // Out of memory, say: stop the server and leave the link idle.
+                if (PGcancel *cancel = PQgetCancel(pc)) {
+                    char buf[256];
+                    PQcancel(cancel, buf, sizeof buf);
+                    PQfreeCancel(cancel);
+                }
+                while (PGresult *r = PQgetResult(pc))
+                    PQclear(r);
+                setFields({});
+                setRowCount(0);
+                d->loaded.clear();
+                throw;
             }
         }
         if (!error) {
