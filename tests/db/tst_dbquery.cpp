@@ -23,8 +23,10 @@ private slots:
     void emptyResultsAndErrors();
     void refreshKeepsRow();
     void droppedConnectionIsSilent();
+    void manyRowsAgreeWithServer();
 
 private:
+    PgTestServer &srv() { return PgTestServer::instance(); }
     Connection m_conn;
 };
 
@@ -293,6 +295,44 @@ void TstDbQuery::droppedConnectionIsSilent()
     m_conn.close();
     q.open(); // the query opens the connection again
     QVERIFY(m_conn.isOpen());
+}
+
+void TstDbQuery::manyRowsAgreeWithServer()
+{
+    // Enough rows to grow every store many times, text both repeated and
+    // distinct, checked against what the server computes over the same rows.
+    const QString rows = QStringLiteral(
+        "select g, 'part' || (g % 37) as rep, 'doc ' || g as uniq, g::float8 / 7 as f, "
+        "date '2024-01-01' + g % 400 as d, case when g % 5 = 0 then null else 'ș' || g % 3 end as n "
+        "from generate_series(1, 120000) g");
+    Query q;
+    q.setConnection(&m_conn);
+    q.setSql(rows);
+    q.open();
+    QCOMPARE(q.rowCount(), 120000);
+    qint64 sumG = 0, lenRep = 0, lenUniq = 0, nulls = 0, days = 0;
+    double sumF = 0;
+    for (qsizetype r = 0; r < q.rowCount(); ++r) {
+        sumG += q.column(0).asInt64(r);
+        lenRep += q.column(1).bytes(r).size();
+        lenUniq += q.column(2).bytes(r).size();
+        sumF += q.column(3).asDouble(r);
+        days += q.column(4).asDate(r).toJulianDay() - QDate(2024, 1, 1).toJulianDay();
+        nulls += q.column(5).isNull(r) ? 1 : 0;
+    }
+    const QStringList server =
+        srv().scalar(QStringLiteral("select sum(g) || ' ' || sum(octet_length(rep)) || ' ' || sum(octet_length(uniq)) "
+                                    "|| ' ' || sum(d - date '2024-01-01') || ' ' || count(*) filter (where n is null) "
+                                    "|| ' ' || sum(f) from (%1) x").arg(rows))
+            .toString().split(u' ');
+    QCOMPARE(QString::number(sumG), server[0]);
+    QCOMPARE(QString::number(lenRep), server[1]);
+    QCOMPARE(QString::number(lenUniq), server[2]);
+    QCOMPARE(QString::number(days), server[3]);
+    QCOMPARE(QString::number(nulls), server[4]);
+    QVERIFY(qAbs(sumF - server[5].toDouble()) < 1e-6 * sumF);
+    QCOMPARE(q.value(119999, 2).toString(), QStringLiteral("doc 120000"));
+    QCOMPARE(q.value(36, 1).toString(), QStringLiteral("part0"));
 }
 
 QTEST_GUILESS_MAIN(TstDbQuery)
