@@ -107,8 +107,8 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
     cxGrid1DBTableView1->setObjectName(QStringLiteral("cxGrid1DBTableView1"));
     ui::GridModel *m = cxGrid1DBTableView1->model();
     m->addColumn(QStringLiteral("style_name"), {}, 200);
-    m->addColumn(QStringLiteral("data_creare"), {}, 80);
-    m->addColumn(QStringLiteral("emitent"), {}, 100);
+    m->addColumn(QStringLiteral("data_creare"), {}, 95);
+    m->addColumn(QStringLiteral("emitent"), {}, 120);
     m->addColumn(QStringLiteral("discontinued"), QStringLiteral("inactiv"), 50);
     m->setColumnVisible(m->addColumn(QStringLiteral("grid_name"), {}, 100), false);
     m->setColumnVisible(m->addColumn(QStringLiteral("grid_style_string"), {}, 100), false);
@@ -202,6 +202,12 @@ void TfrmGridStyle::FormClose()
 
 void TfrmGridStyle::showEvent(QShowEvent *e)
 {
+    if (!m_placed) {
+        // Centred on the desktop the first time; where the operator moves it afterwards.
+        if (QScreen *s = screen())
+            move(s->availableGeometry().center() - QPoint(width() / 2, height() / 2));
+        m_placed = true;
+    }
     QDialog::showEvent(e);
     if (!e->spontaneous())
         ui::guarded([this] { FormShow(); });

@@ -60,6 +60,7 @@ protected:
 
 private:
     QButtonGroup *m_filterGroup = nullptr;
+    bool m_placed = false;
 };
 
 extern TfrmGridStyle *frmGridStyle;

@@ -13,12 +13,14 @@
 #include "ui/u_dateedit.h"
 #include "ui/u_filedialog.h"
 #include "ui/u_grid.h"
+#include "ui/u_gridstrips.h"
 #include "ui/u_messages.h"
 #include "ui/u_platform.h"
 
 #include <QFile>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSignalSpy>
 #include <QToolButton>
 #include <QPushButton>
@@ -508,8 +510,18 @@ private slots:
         QTimer::singleShot(0, &p, [&p] { p.reject(); });
         QCOMPARE(p.pick(), int(QDialog::Rejected));
 
-        // A filter and a retired account: next showing keeps one, drops the other.
-        p.tableView()->setFilterText(p.tableView()->columnIndex(QStringLiteral("den_conts")), QStringLiteral("i"));
+        // A filter typed (applied without waiting) and a retired account: the
+        // next showing keeps the one and drops the other.
+        auto *fe = qobject_cast<QLineEdit *>(p.grid()->view()->filterRow()->editor(1));
+        QVERIFY(fe);
+        QTest::keyClicks(fe, QStringLiteral("ban"));
+        QCoreApplication::processEvents();
+        QCOMPARE(p.tableView()->recordCount(), 1);
+        for (int i = 0; i < 3; ++i)
+            QTest::keyClick(fe, Qt::Key_Backspace);
+        QTest::keyClicks(fe, QStringLiteral("i"));
+        QCoreApplication::processEvents();
+        QCOMPARE(p.tableView()->recordCount(), 3);
         m_pg->exec(QStringLiteral("update conts set discontinued = true where conts = '411'"));
         QTimer::singleShot(0, &p, [&p] { p.btnOK->click(); });
         QCOMPARE(p.pick(), int(QDialog::Accepted));
