@@ -10,6 +10,7 @@
 #include "reports/common/u_reportform.h"
 #include "tests/support/u_pgtestserver.h"
 #include "ui/core/u_gridlayout.h"
+#include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
 #include "ui/u_filedialog.h"
 #include "ui/u_grid.h"
@@ -18,6 +19,7 @@
 #include "ui/u_platform.h"
 
 #include <QFile>
+#include <QCalendarWidget>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -558,6 +560,20 @@ private slots:
         e.commitText();
         QVERIFY(e.isEmpty());
         QCOMPARE(changed.size(), 2);
+
+        // Picked from the calendar.
+        e.showCalendar();
+        QVERIFY(e.calendar()->isVisible());
+        emit e.calendar()->clicked(QDate(2025, 12, 24));
+        QVERIFY(!e.calendar()->isVisible());
+        QCOMPARE(e.text(), QStringLiteral("24.12.2025"));
+
+        // The ellipsis, by mouse or F4.
+        ui::ButtonEdit be;
+        QSignalSpy asked(&be, &ui::ButtonEdit::buttonClicked);
+        be.button()->click();
+        QTest::keyClick(&be, Qt::Key_F4);
+        QCOMPARE(asked.size(), 2);
 
         // Snapping on change: an emptied editor stays empty.
         rep::ReportDesc d = testDesc(QStringLiteral("frmSnap"), {});
