@@ -112,6 +112,14 @@ int GridGroupByBox::levelAtX(int x) const
     return n;
 }
 
+void GridGroupByBox::setDropHint(int level)
+{
+    if (m_dropHint != level) {
+        m_dropHint = level;
+        update();
+    }
+}
+
 void GridGroupByBox::paintEvent(QPaintEvent *)
 {
     QPainter p(this);
@@ -121,10 +129,17 @@ void GridGroupByBox::paintEvent(QPaintEvent *)
     p.drawLine(rect().bottomLeft(), rect().bottomRight());
     const GridModel *m = m_view->model();
     const QList<int> groups = m->groupColumns();
+    if (m_dropHint >= 0) {
+        // the place the dragged caption would take
+        const int x = m_dropHint < groups.size() ? itemRect(m_dropHint).left() - 4
+                      : groups.isEmpty()         ? 6
+                                                 : itemRect(int(groups.size()) - 1).right() + 5;
+        p.fillRect(QRect(x - 1, 3, 3, height() - 6), Qt::red);
+    }
     if (groups.isEmpty()) {
         p.setFont(*st.font);
         p.setPen(*st.textColor);
-        p.drawText(rect().adjusted(10, 0, -4, 0), Qt::AlignLeft | Qt::AlignVCenter, emptyText());
+        p.drawText(rect().adjusted(12, 0, -4, 0), Qt::AlignLeft | Qt::AlignVCenter, emptyText());
         return;
     }
     const CellStyle hs = m_view->resolvedStyle(GridElement::Header);
@@ -305,6 +320,9 @@ void GridHeader::mouseMoveEvent(QMouseEvent *e)
             m_dragging = true;
         if (m_dragging) {
             m_dragPos = e->position().toPoint();
+            GridGroupByBox *box = m_view->groupByBox();
+            const QPoint vp = mapTo(m_view, m_dragPos);
+            box->setDropHint(box->isVisible() && box->geometry().contains(vp) ? box->levelAtX(box->mapFrom(m_view, vp).x()) : -1);
             update();
         }
         return;
@@ -318,6 +336,7 @@ void GridHeader::mouseReleaseEvent(QMouseEvent *e)
     const bool dragging = m_dragging;
     m_pressCol = -1;
     m_dragging = false;
+    m_view->groupByBox()->setDropHint(-1);
     if (m_resizeCol >= 0) {
         m_resizeCol = -1;
         return;

@@ -31,6 +31,9 @@ public:
     // The level a header dropped at x would take.
     int levelAtX(int x) const;
     static QString emptyText();
+    // Where a header being dragged over the box would land (-1: not over it).
+    void setDropHint(int level);
+    int dropHint() const { return m_dropHint; }
 
 protected:
     void paintEvent(QPaintEvent *e) override;
@@ -43,6 +46,7 @@ private:
     int m_pressLevel = -1;
     QPoint m_pressPos;
     bool m_dragging = false;
+    int m_dropHint = -1;
 };
 
 // The column headers: click sorts (Shift adds), drag moves or groups (drop on

@@ -143,7 +143,9 @@ void TstGridView::headerDragsGroupReorderAndResize()
     QTest::mousePress(h, Qt::LeftButton, {}, from);
     QTest::mouseMove(h, from + QPoint(20, 0));
     QTest::mouseMove(h, to);
+    QCOMPARE(box->dropHint(), 0); // shown where it would go
     QTest::mouseRelease(h, Qt::LeftButton, {}, to);
+    QCOMPARE(box->dropHint(), -1);
     QCOMPARE(f.m->groupColumns(), QList<int>{cont});
     QCOMPARE(f.m->rowKind(0), RowKind::Group);
 
@@ -578,6 +580,21 @@ void TstGridView::refreshKeepsTheLayout()
     // the filter editor follows the moved column
     const int x = f.view->columnLeft(f.m->columnIndex(QStringLiteral("explicatie")));
     QCOMPARE(le->mapTo(f.view->filterRow(), QPoint(0, 0)).x(), x + 1);
+
+    // Narrowed and scrolled sideways, header, filter editors and footer keep to the columns.
+    f.grid.resize(260, 300);
+    QScrollBar *hb = f.view->horizontalScrollBar();
+    QVERIFY(hb->maximum() > 0);
+    hb->setValue(hb->maximum());
+    const int val = f.m->columnIndex(QStringLiteral("inactiv")); // the last column, now in sight
+    const int vx = f.view->columnLeft(val);
+    QVERIFY(vx + f.view->columnWidth(val) <= f.view->viewport()->width());
+    QCOMPARE(f.view->header()->sectionRect(val).left(), vx);
+    auto *ve = f.view->filterRow()->editor(val);
+    QCOMPARE(ve->mapTo(f.view->filterRow(), QPoint(0, 0)).x(), vx + 1);
+    QCOMPARE(f.view->footer()->geometry().left(), f.view->viewport()->geometry().left());
+    QCOMPARE(f.view->footer()->width(), f.view->viewport()->width());
+    QCOMPARE(f.view->columnAtX(vx + 5), val);
 }
 
 void TstGridView::screenshot()
