@@ -293,6 +293,7 @@ void TstGridCore::filters()
     QCOMPARE(rows(), L({2, 3}));
     m.setFilterText(0, QStringLiteral("Țara v"));
     QCOMPARE(rows(), L({3}));
+    QCOMPARE(ds.currentRow(), qsizetype(3)); // the dataset's current row follows the focus the filter moved
     QCOMPARE(m.recordCount(), qsizetype(1));
     m.clearFilter(0);
     QCOMPARE(m.recordCount(), qsizetype(5));

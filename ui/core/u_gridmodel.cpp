@@ -1107,7 +1107,13 @@ void GridModel::Impl::run(unsigned flags)
         if (newFocus < 0 && !drows.empty())
             newFocus = (focus >= 0 && focus < qsizetype(drows.size()) && !(flags & (FData | FGroups))) ? focus : 0;
         focus = -2; // force the signal
-        setFocusInternal(newFocus, false);
+        // the dataset's current row follows a focus that a filter or a regrouping moved
+        try {
+            setFocusInternal(newFocus, !(flags & FData));
+        } catch (const QuarvError &) {
+            // a refused post keeps the dataset where it was; the grid shows the new rows anyway
+            setFocusInternal(newFocus, false);
+        }
         emit q->rowsChanged();
     }
     if (flags & FSums)
