@@ -3,6 +3,7 @@
 #include "ui/u_gridstrips.h"
 #include "ui/u_messages.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QFocusEvent>
 #include <QHBoxLayout>
@@ -353,6 +354,10 @@ void GridTableView::onColumnsChanged()
 
 void GridTableView::onRowsChanged()
 {
+    if (QAccessible::isActive()) {
+        QAccessibleTableModelChangeEvent ev(this, QAccessibleTableModelChangeEvent::ModelReset);
+        QAccessible::updateAccessibility(&ev);
+    }
     if (isEditing())
         cancelEdit();
     updateGeometries();   // the indent follows the grouping levels
@@ -366,6 +371,13 @@ void GridTableView::onFocusChanged(qsizetype row)
         m_incSearch.clear();
     scrollToRow(row);
     viewport()->update();
+    if (QAccessible::isActive() && row >= 0 && !m_visible.isEmpty()) {
+        // screen readers follow the focused cell (children: header cells, then rows)
+        const int vi = std::max(0, int(m_visible.indexOf(m_focusColumn)));
+        QAccessibleEvent ev(this, QAccessible::Focus);
+        ev.setChild(int((row + 1) * m_visible.size() + vi));
+        QAccessible::updateAccessibility(&ev);
+    }
 }
 
 void GridTableView::resizeEvent(QResizeEvent *e)
@@ -808,11 +820,6 @@ void GridTableView::focusOutEvent(QFocusEvent *e)
 {
     QAbstractScrollArea::focusOutEvent(e);
     viewport()->update();
-}
-
-bool GridTableView::viewportEvent(QEvent *e)
-{
-    return QAbstractScrollArea::viewportEvent(e);
 }
 
 // ------------------------------------------------------------------ incremental search

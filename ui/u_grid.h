@@ -146,7 +146,6 @@ protected:
     void keyPressEvent(QKeyEvent *e) override;
     void focusInEvent(QFocusEvent *e) override;
     void focusOutEvent(QFocusEvent *e) override;
-    bool viewportEvent(QEvent *e) override;
     bool eventFilter(QObject *o, QEvent *e) override;
     void changeEvent(QEvent *e) override;
 
