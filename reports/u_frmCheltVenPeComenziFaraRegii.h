@@ -1,10 +1,9 @@
 #pragma once
-// Stand-in for the form until its own unit is written: it exists with its
-// caption so the program can create and show it.
+// Stand-in for the form until its own unit is written.
 
-#include <QWidget>
+#include "reports/common/u_pendingform.h"
 
-class TfrmCheltVenPeComenziFaraRegii : public QWidget {
+class TfrmCheltVenPeComenziFaraRegii : public TPendingReportForm {
     Q_OBJECT
 public:
     explicit TfrmCheltVenPeComenziFaraRegii(QWidget *parent = nullptr);

@@ -3,204 +3,14 @@
 // columns the analyses read, and the analyses' SQL runs on them.
 
 #include "db/u_error.h"
+#include "reports/u_frmAnalizaRegistruJurnal.h"
+#include "reports/u_frmFisaDeContAnalitica.h"
 #include "tests/support/u_pgtestserver.h"
 
 #include <QFile>
 #include <QtTest>
 
 namespace {
-
-// The analyses' statements exactly as the forms send them.
-const char *const kFisaContAnalitic = R"SQL(select d.*,
-
-       case when sold_db_incremental is null
-       then sold_cr_incremental
-       else sold_db_incremental
-       end as sold_final,
-
-       case when sold_db_incremental is null
-       then 'CR'
-       else 'DB'
-       end as tip_sold_final,
-
-       case when sold_db_lei_incremental is null
-       then sold_cr_lei_incremental
-       else sold_db_lei_incremental
-       end as sold_final_lei,
-       
-       doc.partener,
-       doc.emitent
-from
-(
-select conts,
-       conta,
-       moneda,
-       data_doc,
-       tip_doc,
-       nr_doc,
-       valoare_db,
-       valoare_cr,
-       curs,
-       valoare_db_lei,
-       valoare_cr_lei,
-       conts_coresp,
-       conta_coresp,
-       explicatie,
-       sold_db,
-       sold_cr,
-       sold_db_lei,
-       sold_cr_lei,
-       case when sold_incremental >= 0 then  sold_incremental else cast(null as double precision) end as sold_db_incremental,
-       case when sold_incremental < 0  then -sold_incremental else cast(null as double precision) end as sold_cr_incremental,
-       case when sold_lei_incremental >= 0 then  sold_lei_incremental else cast(null as double precision) end as sold_db_lei_incremental,
-       case when sold_lei_incremental < 0  then -sold_lei_incremental else cast(null as double precision) end as sold_cr_lei_incremental,
-       rulaj_db_incremental,
-       rulaj_cr_incremental,
-       rulaj_db_lei_incremental,
-       rulaj_cr_lei_incremental,
-
-       data_incep,
-       data_sf,
-       nr_crt
-from
-(
-select *,
-       cast(cast(sum(coalesce(sold_db, 0) - coalesce(sold_cr, 0) + coalesce(valoare_db, 0) - coalesce(valoare_cr, 0)) over w as numeric(24, 4)) as double precision) as sold_incremental,
-       cast(cast(sum(coalesce(sold_db_lei, 0) - coalesce(sold_cr_lei, 0) + coalesce(valoare_db_lei, 0) - coalesce(valoare_cr_lei, 0)) over w as numeric(24, 4)) as double precision) as sold_lei_incremental,
-       cast(cast(sum(                                              coalesce(valoare_db, 0))                           over w as numeric(24, 4)) as double precision) as rulaj_db_incremental,
-       cast(cast(sum(                                              coalesce(valoare_cr, 0))                           over w as numeric(24, 4)) as double precision) as rulaj_cr_incremental,
-       cast(cast(sum(                                              coalesce(valoare_db_lei, 0))                       over w as numeric(24, 4)) as double precision) as rulaj_db_lei_incremental,
-       cast(cast(sum(                                              coalesce(valoare_cr_lei, 0))                       over w as numeric(24, 4)) as double precision) as rulaj_cr_lei_incremental
-from
-(
-select *,
-       row_number() over w as nr_crt
-from
-(
-select data_sf as data_reg_jurnal,
-       cast(null as date)        as data_doc,
-       cast(null as varchar(7))  as tip_doc,
-       cast('Sold Initial' as varchar(15)) as nr_doc,
-       conts,
-       conta,
-       moneda,
-       cast(null as double precision) as valoare_db,
-       cast(null as double precision) as valoare_cr,
-       cast(null as double precision) as curs,
-       cast(null as double precision) as valoare_db_lei,
-       cast(null as double precision) as valoare_cr_lei,
-       cast('DB' as varchar(2))   as dbcr,
-       cast(null as varchar(7))   as conts_coresp,
-       cast(null as varchar(25))  as conta_coresp,
-       cast(null as varchar(100)) as explicatie,
-       data_incep,
-       data_sf,
-       sold_db,
-       sold_cr,
-       sold_db_lei,
-       sold_cr_lei
-from view_conta_sold_per_incep
-
-union all
-
-select data_reg_jurnal,
-       data_doc,
-       tip_doc,
-       nr_doc,
-       conts,
-       conta,
-       moneda,
-       valoare_db,
-       valoare_cr,
-       curs,
-       valoare_db_lei,
-       valoare_cr_lei,
-       dbcr,
-       conts_coresp,
-       conta_coresp,
-       explicatie,
-       data_incep,
-       data_sf,
-       cast(null as double precision) as sold_db,
-       cast(null as double precision) as sold_cr,
-       cast(null as double precision) as sold_db_lei,
-       cast(null as double precision) as sold_cr_lei
-from view_contab_rulaj_reg_per
-
-) as a
-window w  as (order by conts,
-                       conta,
-                       data_doc nulls first,
-                       tip_doc,
-                       nr_doc
-             )
-) as b
-window w  as (partition by conts,
-                           conta
-                  order by conts,
-                           conta,
-                           nr_crt
-             )
-) as c
-) as d left outer join doc on d.data_doc = doc.data_doc
-                          and d.tip_doc  = doc.tip_doc
-                          and d.nr_doc   = doc.nr_doc
-where conts = :pConts
---  and conta = :pConta
-order by conts,
-         conta,
-         data_doc nulls first,
-         tip_doc,
-         nr_doc,
-         nr_crt
-
-;
-)SQL";
-
-const char *const kAnalizaRegistruJurnal = R"SQL(select 
-      coalesce(data_nota_contabila ,reg_jurnal.data_doc) as data_inregistrare,
-         data_reg_jurnal,
-        reg_jurnal.data_doc,
-         reg_jurnal.tip_doc ,
-         reg_jurnal.nr_doc ,
-  conts_db ,
-  conta_db ,
-  moneda_db ,
-  val_mon_db ,
-  valoare_lei ,
-  conts_cr ,
-  conta_cr ,
-  moneda_cr ,
-  val_mon_cr ,
-  explicatie ,
-  reg_jurnal.com_int ,
-  reg_jurnal.eu_punct_lucru ,
-  reg_jurnal.eu_punct_lucru_coresp ,
-  doc.partener, 
-  doc.magazie_sursa,
-  coalesce(doc.jurnal,a.jurnal,tip_doc.jurnal) as jurnal,
-  coalesce(conta_lang.den_conta_lang,'') ||'='||coalesce(conta_lang1.den_conta_lang,'')||' '||reg_jurnal.tip_doc||' '||reg_jurnal.nr_doc||'/'||reg_jurnal.data_doc
-                            ||' '||coalesce(doc.partener,'') as traducere_engleza
- from reg_jurnal
-left  join doc
-on reg_jurnal.data_doc   = doc.data_doc
-  and reg_jurnal.tip_doc = doc.tip_doc 
-  and reg_jurnal.nr_doc  = doc.nr_doc
-left join (select data_doc,tip_doc,nr_doc,min(jurnal) as jurnal from doc_contare group by data_doc,tip_doc,nr_doc) as a
-on reg_jurnal.data_doc   = a.data_doc
-  and reg_jurnal.tip_doc = a.tip_doc 
-  and reg_jurnal.nr_doc  = a.nr_doc
-left join tip_doc on reg_jurnal.tip_doc = tip_doc.tip_doc
-left join conta_lang on conts_db = conta_lang.conts 
-                    and conta_db = conta_lang.conta 
-                    and conta_lang.lang='engleza'
-left join conta_lang  as conta_lang1 on conts_cr = conta_lang1.conts 
-                                    and conta_cr = conta_lang1.conta 
-                                    and conta_lang1.lang='engleza'
-where data_reg_jurnal  between :pDataIncep and :pDataSf
-order by data_reg_jurnal,
-          data_inregistrare
-)SQL";
 
 // Expected columns of each view, in order; types as the analyses read them.
 struct ViewColumns {
@@ -426,7 +236,7 @@ void TestDemoData::accountSheetRuns()
         setPeriod("2026-04-01", "2026-06-30");
         pg().exec(QStringLiteral("create table t_next as %1").arg(QLatin1String(kOpening)));
         setPeriod("2026-01-01", "2026-03-31");
-        QString sql = QString::fromUtf8(kFisaContAnalitic);
+        QString sql = TfrmFisaDeContAnalitica::sqlFisaContAnalitic();
         sql.replace(QStringLiteral(":pConts"), QStringLiteral("'4111'"));
         pg().exec(QStringLiteral("create table t_fisa as ") + sql);
 
@@ -456,7 +266,7 @@ void TestDemoData::accountSheetRuns()
 void TestDemoData::journalRegisterRuns()
 {
     try {
-        QString sql = QString::fromUtf8(kAnalizaRegistruJurnal);
+        QString sql = TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal();
         sql.replace(QStringLiteral(":pDataIncep"), QStringLiteral("date '2025-11-01'"));
         sql.replace(QStringLiteral(":pDataSf"), QStringLiteral("date '2025-12-31'"));
         pg().exec(QStringLiteral("create table t_reg as ") + sql);
