@@ -107,7 +107,7 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
     cxGrid1DBTableView1->setObjectName(QStringLiteral("cxGrid1DBTableView1"));
     ui::GridModel *m = cxGrid1DBTableView1->model();
     m->addColumn(QStringLiteral("style_name"), {}, 200);
-    m->addColumn(QStringLiteral("data_creare"), {}, 95);
+    m->addColumn(QStringLiteral("data_creare"), {}, 110);
     m->addColumn(QStringLiteral("emitent"), {}, 120);
     m->addColumn(QStringLiteral("discontinued"), QStringLiteral("inactiv"), 50);
     m->setColumnVisible(m->addColumn(QStringLiteral("grid_name"), {}, 100), false);
