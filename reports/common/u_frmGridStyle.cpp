@@ -81,6 +81,9 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
     };
     ds_style->beforePost = [](db::DataSet &ds) {
         requireOwner(ds, QStringLiteral("Nu puteti modifica o inregistare creata de alt emitent!"));
+        // The name is the style's key: say so before the server refuses it.
+        if (ds.fieldValue(QStringLiteral("style_name")).toString().trimmed().isEmpty())
+            throw QuarvError(QStringLiteral("Dati un nume stilului (style_name) inainte de a-l salva!"));
     };
     ds_style->beforeDelete = [](db::DataSet &ds) {
         requireOwner(ds, QStringLiteral("Nu puteti sterge o inregistare creata de alt emitent!"));

@@ -379,6 +379,13 @@ private slots:
         QCOMPARE(gs->lblGridName->text(), QStringLiteral("QUARV Proba2"));
         QCOMPARE(gs->targetView.data(), f2.tableView());
         QCOMPARE(gs->ds_style->rowCount(), 0);
+        // Saving into an empty list without a name: a clear message, nothing written.
+        gs->btnSalveaza->click();
+        QCOMPARE(m_msg->errors.value(0), QStringLiteral("Dati un nume stilului (style_name) inainte de a-l salva!"));
+        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 1);
+        QVERIFY(!QGuiApplication::overrideCursor());
+        m_msg->errors.clear();
+        gs->ds_style->cancel();
         gs->ds_style->append();
         gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Vedere 1"));
         gs->btnSalveaza->click();
