@@ -51,22 +51,6 @@ where data_reg_jurnal  between :pDataIncep and :pDataSf
 order by data_reg_jurnal,
           data_inregistrare)SQL";
 
-rep::ColumnDesc col(const char *field, int width)
-{
-    rep::ColumnDesc c;
-    c.field = QString::fromLatin1(field);
-    c.width = width;
-    return c;
-}
-
-ui::GridSummary sum(const char *field)
-{
-    ui::GridSummary s;
-    s.fieldName = QString::fromLatin1(field);
-    s.kind = ui::SummaryKind::Sum;
-    return s;
-}
-
 } // namespace
 
 QString TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal()
@@ -76,17 +60,13 @@ QString TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal()
 
 rep::ReportDesc TfrmAnalizaRegistruJurnal::description()
 {
+    using rep::column;
+    using rep::sumOf;
     rep::ReportDesc d;
     d.formName = QStringLiteral("frmAnalizaRegistruJurnal");
     d.title = QStringLiteral("Analiza Registru Jurnal");
 
-    rep::EditorDesc from;
-    from.objectName = QStringLiteral("cxDateEdit1");
-    from.label = QStringLiteral("Perioada de la :");
-    rep::EditorDesc to;
-    to.objectName = QStringLiteral("cxDateEdit2");
-    to.label = QStringLiteral("Pana la :");
-    d.editors = {from, to};
+    d.editors = rep::periodEditors();
 
     d.queryName = QStringLiteral("dsAnalizaRegistruJurnal");
     d.sql = sqlAnalizaRegistruJurnal();
@@ -98,14 +78,14 @@ rep::ReportDesc TfrmAnalizaRegistruJurnal::description()
                rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};
 
     // The headers show the field names.
-    d.columns = {col("data_inregistrare", 116), col("data_doc", 76), col("tip_doc", 58), col("nr_doc", 80),
-                 col("conts_db", 70), col("conta_db", 80), col("valoare_lei", 96), col("conts_cr", 70),
-                 col("conta_cr", 80), col("explicatie", 200), col("moneda_db", 80), col("val_mon_db", 90),
-                 col("moneda_cr", 80), col("val_mon_cr", 90), col("partener", 160), col("eu_punct_lucru", 110),
-                 col("eu_punct_lucru_coresp", 156), col("com_int", 80), col("magazie_sursa", 104),
-                 col("jurnal", 120), col("traducere_engleza", 360), col("data_reg_jurnal", 110)};
-    d.footerSummaries = {sum("val_mon_cr"), sum("val_mon_db"), sum("valoare_lei")};
-    d.groupSummaries = {sum("valoare_lei"), sum("val_mon_cr"), sum("val_mon_db")};
+    d.columns = {column("data_inregistrare", 116), column("data_doc", 76), column("tip_doc", 58), column("nr_doc", 80),
+                 column("conts_db", 70), column("conta_db", 80), column("valoare_lei", 96), column("conts_cr", 70),
+                 column("conta_cr", 80), column("explicatie", 200), column("moneda_db", 80), column("val_mon_db", 90),
+                 column("moneda_cr", 80), column("val_mon_cr", 90), column("partener", 160), column("eu_punct_lucru", 110),
+                 column("eu_punct_lucru_coresp", 156), column("com_int", 80), column("magazie_sursa", 104),
+                 column("jurnal", 120), column("traducere_engleza", 360), column("data_reg_jurnal", 110)};
+    d.footerSummaries = {sumOf("val_mon_cr"), sumOf("val_mon_db"), sumOf("valoare_lei")};
+    d.groupSummaries = {sumOf("valoare_lei"), sumOf("val_mon_cr"), sumOf("val_mon_db")};
 
     d.styleKey = QStringLiteral("QUARV AnalizaRegJurnal");
     d.exports = {{'A', QStringLiteral("Export csv (Grid)"), QStringLiteral("cxButton2"),

@@ -158,15 +158,6 @@ order by conts,
 
 ;)SQL";
 
-rep::ColumnDesc col(const char *field, int width, const QString &caption = {})
-{
-    rep::ColumnDesc c;
-    c.field = QString::fromLatin1(field);
-    c.width = width;
-    c.caption = caption;
-    return c;
-}
-
 } // namespace
 
 QString TfrmFisaDeContAnalitica::sqlFisaContAnalitic()
@@ -176,6 +167,7 @@ QString TfrmFisaDeContAnalitica::sqlFisaContAnalitic()
 
 rep::ReportDesc TfrmFisaDeContAnalitica::description()
 {
+    using rep::column;
     rep::ReportDesc d;
     d.formName = QStringLiteral("frmFisaDeContAnalitica");
     d.title = QStringLiteral("Fisa De Cont Analitic");
@@ -185,15 +177,8 @@ rep::ReportDesc TfrmFisaDeContAnalitica::description()
     conts.objectName = QStringLiteral("cxButtonEdit1");
     conts.label = QStringLiteral("Conts :");
     conts.width = 90;
-    rep::EditorDesc from;
-    from.objectName = QStringLiteral("cxDateEdit1");
-    from.label = QStringLiteral("Perioada de la :");
-    from.snap = rep::DateSnap::MonthStartOnChange;
-    rep::EditorDesc to;
-    to.objectName = QStringLiteral("cxDateEdit2");
-    to.label = QStringLiteral("Pana la :");
-    to.snap = rep::DateSnap::MonthEndOnChange;
-    d.editors = {conts, from, to};
+    d.editors = {conts};
+    d.editors += rep::periodEditors(rep::DateSnap::MonthStartOnChange, rep::DateSnap::MonthEndOnChange);
 
     d.queryName = QStringLiteral("dsFisaContAnalitic");
     d.sql = sqlFisaContAnalitic();
@@ -206,12 +191,12 @@ rep::ReportDesc TfrmFisaDeContAnalitica::description()
                                            rep::DateConv::MonthEnd),
                rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};
 
-    d.columns = {col("conts", 54), col("conta", 61), col("data_doc", 76), col("tip_doc", 54),
-                 col("explicatie", 305), col("partener", 219), col("nr_doc", 84), col("conts_coresp", 85),
-                 col("conta_coresp", 86), col("moneda", 54), col("valoare_db_lei", 91), col("valoare_cr_lei", 90),
-                 col("valoare_db", 75), col("valoare_cr", 74), col("sold_final_lei", 83), col("sold_final", 80),
-                 col("tip_sold_final", 83), col("data_incep", 72), col("data_sf", 72),
-                 col("emitent", 100, QStringLiteral("user"))};
+    d.columns = {column("conts", 54), column("conta", 61), column("data_doc", 76), column("tip_doc", 54),
+                 column("explicatie", 305), column("partener", 219), column("nr_doc", 84), column("conts_coresp", 85),
+                 column("conta_coresp", 86), column("moneda", 54), column("valoare_db_lei", 91), column("valoare_cr_lei", 90),
+                 column("valoare_db", 75), column("valoare_cr", 74), column("sold_final_lei", 83), column("sold_final", 80),
+                 column("tip_sold_final", 83), column("data_incep", 72), column("data_sf", 72),
+                 column("emitent", 100, QStringLiteral("user"))};
     d.grid.filterRow = false;
     d.grid.footer = false;
     d.grid.groupFooters = false;

@@ -191,6 +191,39 @@ struct ReportDesc {
 // The same date moved to the first / last day of its month, or kept (null stays null).
 QDate convertDate(const QDate &d, DateConv conv);
 
+// Builders that keep the descriptions short.
+// The period editors most forms carry: "Perioada de la :" cxDateEdit1, "Pana la :" cxDateEdit2.
+inline QList<EditorDesc> periodEditors(DateSnap fromSnap = DateSnap::None, DateSnap toSnap = DateSnap::None)
+{
+    EditorDesc from;
+    from.objectName = QStringLiteral("cxDateEdit1");
+    from.label = QStringLiteral("Perioada de la :");
+    from.snap = fromSnap;
+    EditorDesc to;
+    to.objectName = QStringLiteral("cxDateEdit2");
+    to.label = QStringLiteral("Pana la :");
+    to.snap = toSnap;
+    return {from, to};
+}
+
+inline ColumnDesc column(const char *field, int width, const QString &caption = {})
+{
+    ColumnDesc c;
+    c.field = QString::fromLatin1(field);
+    c.width = width;
+    c.caption = caption;
+    return c;
+}
+
+inline ui::GridSummary sumOf(const char *field, const QString &format = {})
+{
+    ui::GridSummary s;
+    s.fieldName = QString::fromLatin1(field);
+    s.kind = ui::SummaryKind::Sum;
+    s.format = format;
+    return s;
+}
+
 // A file in a folder named the way the forms name theirs: folder + name, where
 // name starts with a backslash ("\grid.ini"); outside Windows that backslash
 // is the path separator. An empty folder gives the root ("/grid.ini").
