@@ -1,6 +1,6 @@
 #include "app/u_frmLogin.h"
 
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 #include "db/u_memtable.h"
 #include "ui/u_dbcontrols.h"
 #include "ui/u_messages.h"

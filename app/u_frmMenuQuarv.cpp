@@ -1,6 +1,6 @@
 #include "app/u_frmMenuQuarv.h"
 
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 #include "app/u_frmLogin.h"
 #include "db/u_error.h"
 #include "reports/u_frmAnalizaContabilaDetaliata.h"

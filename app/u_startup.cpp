@@ -1,6 +1,6 @@
 #include "app/u_startup.h"
 
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 #include "app/u_frmLogin.h"
 #include "app/u_frmMenuQuarv.h"
 #include "reports/common/u_frmConta_select.h"

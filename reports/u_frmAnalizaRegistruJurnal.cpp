@@ -1,7 +1,5 @@
 #include "reports/u_frmAnalizaRegistruJurnal.h"
 
-#include <QLabel>
-
 TfrmAnalizaRegistruJurnal *frmAnalizaRegistruJurnal = nullptr;
 
 namespace {
@@ -61,20 +59,19 @@ QString TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal()
 rep::ReportDesc TfrmAnalizaRegistruJurnal::description()
 {
     using rep::column;
-    using rep::sumOf;
     rep::ReportDesc d;
     d.formName = QStringLiteral("frmAnalizaRegistruJurnal");
     d.title = QStringLiteral("Analiza Registru Jurnal");
 
     d.editors = rep::periodEditors();
+    d.hiddenLabels = {{QStringLiteral("lblConta"), QStringLiteral("Conta :")}};
 
     d.queryName = QStringLiteral("dsAnalizaRegistruJurnal");
     d.sql = sqlAnalizaRegistruJurnal();
     // Whole months on the server; what was typed stays in the editors.
-    d.params = {{QStringLiteral("pDataIncep"), QStringLiteral("cxDateEdit1"), rep::DateConv::MonthStart},
-                {QStringLiteral("pDataSf"), QStringLiteral("cxDateEdit2"), rep::DateConv::MonthEnd}};
-    d.steps = {rep::RunStep::checkFilled({QStringLiteral("cxDateEdit1"), QStringLiteral("cxDateEdit2")},
-                                         QStringLiteral("Alegeti Perioada Dorita!")),
+    d.params = {{QStringLiteral("pDataIncep"), rep::kFromEditor, rep::DateConv::MonthStart},
+                {QStringLiteral("pDataSf"), rep::kToEditor, rep::DateConv::MonthEnd}};
+    d.steps = {rep::RunStep::checkPeriodFilled(QStringLiteral("Alegeti Perioada Dorita!")),
                rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};
 
     // The headers show the field names.
@@ -84,14 +81,12 @@ rep::ReportDesc TfrmAnalizaRegistruJurnal::description()
                  column("moneda_cr", 80), column("val_mon_cr", 90), column("partener", 160), column("eu_punct_lucru", 110),
                  column("eu_punct_lucru_coresp", 156), column("com_int", 80), column("magazie_sursa", 104),
                  column("jurnal", 120), column("traducere_engleza", 360), column("data_reg_jurnal", 110)};
-    d.footerSummaries = {sumOf("val_mon_cr"), sumOf("val_mon_db"), sumOf("valoare_lei")};
-    d.groupSummaries = {sumOf("valoare_lei"), sumOf("val_mon_cr"), sumOf("val_mon_db")};
+    d.footerSummaries = rep::sums({"val_mon_cr", "val_mon_db", "valoare_lei"});
+    d.groupSummaries = rep::sums({"valoare_lei", "val_mon_cr", "val_mon_db"});
 
     d.styleKey = QStringLiteral("QUARV AnalizaRegJurnal");
-    d.exports = {{'A', QStringLiteral("Export csv (Grid)"), QStringLiteral("cxButton2"),
-                  QStringLiteral("\\AnalizaRegistruJurnal.csv")},
-                 {'B', QStringLiteral("Export csv (Toate Datele)"), QStringLiteral("cxButton3"),
-                  QStringLiteral("\\AnalizaRegistruJurnal.csv")}};
+    d.exports = {rep::exportGridCsv(QStringLiteral("cxButton2"), QStringLiteral("\\AnalizaRegistruJurnal.csv")),
+                 rep::exportAllData(QStringLiteral("cxButton3"), QStringLiteral("\\AnalizaRegistruJurnal.csv"))};
     d.statusBar = true;
     return d;
 }
@@ -99,7 +94,4 @@ rep::ReportDesc TfrmAnalizaRegistruJurnal::description()
 TfrmAnalizaRegistruJurnal::TfrmAnalizaRegistruJurnal(QWidget *parent) : TReportForm(description(), parent)
 {
     dsAnalizaRegistruJurnal = query();
-    lblConta = new QLabel(QStringLiteral("Conta :"), this);
-    lblConta->setObjectName(QStringLiteral("lblConta"));
-    lblConta->hide();
 }

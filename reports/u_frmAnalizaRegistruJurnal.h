@@ -6,8 +6,6 @@
 
 #include "reports/common/u_reportform.h"
 
-class QLabel;
-
 class TfrmAnalizaRegistruJurnal : public TReportForm {
     Q_OBJECT
 public:
@@ -18,7 +16,6 @@ public:
     static rep::ReportDesc description();
 
     db::Query *dsAnalizaRegistruJurnal = nullptr;
-    QLabel *lblConta = nullptr; // "Conta :", kept on the form, never shown
 };
 
 extern TfrmAnalizaRegistruJurnal *frmAnalizaRegistruJurnal;

@@ -178,15 +178,14 @@ rep::ReportDesc TfrmFisaDeContAnalitica::description()
     conts.label = QStringLiteral("Conts :");
     conts.width = 90;
     d.editors = {conts};
-    d.editors += rep::periodEditors(rep::DateSnap::MonthStartOnChange, rep::DateSnap::MonthEndOnChange);
+    d.editors += rep::periodEditors(rep::PeriodSnap::MonthOnChange);
 
     d.queryName = QStringLiteral("dsFisaContAnalitic");
     d.sql = sqlFisaContAnalitic();
     d.params = {{QStringLiteral("pConts"), QStringLiteral("cxButtonEdit1"), rep::DateConv::AsIs}};
     // The period row is posted before the query runs: the views read it.
     d.steps = {rep::RunStep::checkFilled({QStringLiteral("cxButtonEdit1")}, QStringLiteral("Alegeti Conts!")),
-               rep::RunStep::checkFilled({QStringLiteral("cxDateEdit1"), QStringLiteral("cxDateEdit2")},
-                                         QStringLiteral("Alegeti Perioada Dorita!")),
+               rep::RunStep::checkPeriodFilled(QStringLiteral("Alegeti Perioada Dorita!")),
                rep::RunStep::postPeriodRow(rep::PeriodSource::Session, rep::DateConv::MonthStart,
                                            rep::DateConv::MonthEnd),
                rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};
@@ -201,8 +200,7 @@ rep::ReportDesc TfrmFisaDeContAnalitica::description()
     d.grid.footer = false;
     d.grid.groupFooters = false;
 
-    d.exports = {{'E', QStringLiteral("Export csv"), QStringLiteral("cxButton2"),
-                  QStringLiteral("\\FisaContAnalitic.csv")}};
+    d.exports = {rep::exportCsvToStatus(QStringLiteral("cxButton2"), QStringLiteral("\\FisaContAnalitic.csv"))};
     d.statusBar = true;
     return d;
 }

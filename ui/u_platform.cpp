@@ -46,6 +46,17 @@ QString documentsFolder()
 #endif
 }
 
+QString documentsFile(const QString &folder, const QString &nameWithBackslash)
+{
+    QString name = nameWithBackslash;
+#ifndef Q_OS_WIN
+    // The forms name their files with a Windows separator; here it is the path separator.
+    if (name.startsWith(QLatin1Char('\\')))
+        name[0] = QLatin1Char('/');
+#endif
+    return folder + name;
+}
+
 QChar listSeparator()
 {
     if (g_separator)

@@ -14,6 +14,11 @@ namespace ui::platform {
 // separator, not created when missing; empty when the system cannot say.
 QString documentsFolder();
 
+// A file in a folder named the way the forms name theirs: folder + name, where
+// name starts with a backslash ("\\grid.ini"); outside Windows that backslash
+// is the path separator. An empty folder gives the root ("/grid.ini").
+QString documentsFile(const QString &folder, const QString &nameWithBackslash);
+
 // First character of the user locale's list separator (',' when unknown).
 // Outside Windows: ';' when the locale's decimal point is ',', else ','.
 QChar listSeparator();

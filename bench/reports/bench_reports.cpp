@@ -10,7 +10,7 @@
 // with its group footers and sums).
 // Connection from QUARV_BENCH_HOST, _PORT, _DB, _USER, _PASSWORD.
 
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 #include "reports/common/u_frmConts_select.h"
 #include "reports/u_frmAnalizaRegistruJurnal.h"
 #include "reports/u_frmFisaDeContAnalitica.h"

@@ -1,6 +1,6 @@
 #include "reports/common/u_accountpicker.h"
 
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 #include "ui/u_grid.h"
 #include "ui/u_gridstrips.h"
 #include "ui/u_messages.h"

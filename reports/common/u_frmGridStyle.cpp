@@ -1,7 +1,7 @@
 #include "reports/common/u_frmGridStyle.h"
 
-#include "app/u_dmQuarv.h"
-#include "reports/common/u_reportdesc.h"
+#include "session/u_dmQuarv.h"
+#include "ui/u_platform.h"
 #include "ui/core/u_gridlayout.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
@@ -59,7 +59,7 @@ const char *TfrmGridStyle::sql()
 
 QString TfrmGridStyle::layoutFilePath()
 {
-    return rep::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), QStringLiteral("\\grid.ini"));
+    return ui::platform::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), QStringLiteral("\\grid.ini"));
 }
 
 TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)

@@ -3,6 +3,11 @@
 // the period reaches the server, the steps of its run, its grid (columns,
 // summaries, options), its style key and its export buttons. TReportForm
 // builds the whole form from this; a report unit is mostly this description.
+//
+// validate() checks a description against itself (every editor, parameter
+// and step it names); validateFields() against the fields its query returns.
+// The form validates its description when it is built, and one test builds
+// every report, so a misspelt name fails a test, never an operator's run.
 
 #include "ui/core/u_gridmodel.h"
 
@@ -11,6 +16,8 @@
 #include <QSize>
 #include <QString>
 #include <QStringList>
+
+#include <initializer_list>
 
 namespace rep {
 
@@ -27,7 +34,7 @@ enum class DateSnap {
     MonthEndOnExit,
 };
 
-// Values a date editor takes each time the form is shown.
+// Values a date editor takes each time the form becomes visible.
 enum class DateOnShow { Keep, CurrentMonthStart, CurrentMonthEnd };
 
 struct EditorDesc {
@@ -39,10 +46,36 @@ struct EditorDesc {
     int width = 0;            // pixels; 0 = the editor's own
 };
 
+// The two period editors, cxDateEdit1 and cxDateEdit2.
+inline const QString kFromEditor = QStringLiteral("cxDateEdit1");
+inline const QString kToEditor = QStringLiteral("cxDateEdit2");
+
+// How the period editors behave.
+enum class PeriodSnap {
+    None,            // what is typed stays as typed
+    MonthOnChange,   // start to the first, end to the last day of its month, at once
+    MonthOnExit,     // the same, when the editor is left (an emptied editor stays empty)
+};
+enum class PeriodOnShow {
+    Keep,            // the form sets no dates; they stay between showings
+    CurrentMonth,    // the first and last day of today's month, each time the form becomes visible
+};
+
+// "Perioada de la :" cxDateEdit1 and "Pana la :" cxDateEdit2.
+QList<EditorDesc> periodEditors(PeriodSnap snap = PeriodSnap::None, PeriodOnShow onShow = PeriodOnShow::Keep,
+                                const QString &fromLabel = QStringLiteral("Perioada de la :"));
+
 // ----- run
 
 // How an editor's value becomes a parameter or a period-row date.
 enum class DateConv { AsIs, MonthStart, MonthEnd };
+
+// The same date moved to the first / last day of its month, or kept (null stays null).
+QDate convertDate(const QDate &d, DateConv conv);
+
+// Two dates in one month of one year; an empty date counts as month 0 of year 0,
+// so one empty date never shares the month of a real one, and two empty dates do.
+bool sameMonth(const QDate &a, const QDate &b);
 
 // pDataIncep <- cxDateEdit1 (first day of its month); pConts <- cxButtonEdit1's text.
 struct ParamBinding {
@@ -58,9 +91,9 @@ enum class PeriodSource {
 
 enum class StepKind {
     CheckFilled,    // every editor in `editors` non-empty, else QuarvError(message)
-    CheckSameMonth, // editors[0] and editors[1] in one month of one year (an empty date is
-                    // month 0, year 0); else QuarvError(message), or with `informOnly` an
-                    // information box with the message and a silent stop
+    CheckSameMonth, // editors[0] and editors[1] in one month (rep::sameMonth); else
+                    // QuarvError(message), or with `informOnly` an information box
+                    // with the message and a silent stop
     BusyCursor,     // the hourglass from here to the end of the run, restored on every path;
                     // the window repaints before the next step
     CloseQuery,     // close the form's query
@@ -84,56 +117,49 @@ struct RunStep {
     bool closeAfter = false;
     QString name;
 
-    static RunStep checkFilled(const QStringList &editors, const QString &message)
-    {
-        RunStep s;
-        s.kind = StepKind::CheckFilled;
-        s.editors = editors;
-        s.message = message;
-        return s;
-    }
-    static RunStep checkSameMonth(const QString &message, bool informOnly = false,
-                                  const QStringList &editors = {QStringLiteral("cxDateEdit1"),
-                                                                QStringLiteral("cxDateEdit2")})
-    {
-        RunStep s;
-        s.kind = StepKind::CheckSameMonth;
-        s.editors = editors;
-        s.message = message;
-        s.informOnly = informOnly;
-        return s;
-    }
-    static RunStep busyCursor() { RunStep s; s.kind = StepKind::BusyCursor; return s; }
-    static RunStep closeQuery() { RunStep s; s.kind = StepKind::CloseQuery; return s; }
-    static RunStep setParams() { RunStep s; s.kind = StepKind::SetParams; return s; }
-    static RunStep postPeriodRow(PeriodSource source, DateConv startConv, DateConv endConv,
-                                 bool closeAfter = false,
-                                 const QStringList &editors = {QStringLiteral("cxDateEdit1"),
-                                                               QStringLiteral("cxDateEdit2")})
-    {
-        RunStep s;
-        s.kind = StepKind::PostPeriodRow;
-        s.source = source;
-        s.startConv = startConv;
-        s.endConv = endConv;
-        s.closeAfter = closeAfter;
-        s.editors = editors;
-        return s;
-    }
-    static RunStep openQuery() { RunStep s; s.kind = StepKind::OpenQuery; return s; }
-    static RunStep openOrRefresh() { RunStep s; s.kind = StepKind::OpenOrRefresh; return s; }
-    static RunStep custom(const QString &name) { RunStep s; s.kind = StepKind::Custom; s.name = name; return s; }
+    bool isCheck() const { return kind == StepKind::CheckFilled || kind == StepKind::CheckSameMonth; }
+
+    static RunStep checkFilled(const QStringList &editors, const QString &message);
+    // Both period editors filled, else `message`.
+    static RunStep checkPeriodFilled(const QString &message) { return checkFilled({kFromEditor, kToEditor}, message); }
+    // The period editors in one calendar month, else the program's one message for it.
+    static RunStep checkSameMonth(bool informOnly = false);
+    static RunStep busyCursor();
+    static RunStep closeQuery();
+    static RunStep setParams();
+    static RunStep postPeriodRow(PeriodSource source, DateConv startConv, DateConv endConv, bool closeAfter = false);
+    static RunStep openQuery();
+    static RunStep openOrRefresh();
+    static RunStep custom(const QString &name);
 };
+
+QString stepName(StepKind kind);
+
+// The message of the same-month check.
+inline QString sameMonthText()
+{
+    return QStringLiteral("Pentru a obtine situatii coerente alegeti o perioada care sa apartina aceleiasi luni "
+                          "calendaristice");
+}
 
 // ----- grid
 
 struct ColumnDesc {
     QString field;
     QString caption;          // empty: the field name
-    int width = 64;
+    int width = 0;            // pixels; 0 = the grid's default
     bool visible = true;
     QString displayFormat;    // u_gridformat.h patterns; empty = default
 };
+
+// A column at the grid's default width, or at `width` pixels.
+ColumnDesc column(const char *field, int width = 0, const QString &caption = {});
+
+// Sums of the fields, one format for all of them (empty: the column's own).
+QList<ui::GridSummary> sums(std::initializer_list<const char *> fields, const QString &format = {});
+
+// The number format the money sums of several reports use.
+inline QString moneyFormat() { return QStringLiteral(",0.00;-,0.00"); }
 
 struct GridOptions {
     bool filterRow = true;
@@ -143,16 +169,39 @@ struct GridOptions {
     bool indicator = true;
 };
 
+// A label of the form that is kept but never shown ("Conta :").
+struct HiddenLabel {
+    QString objectName;
+    QString text;
+};
+
 // ----- exports
 
-// 'A' csv of the grid, 'B' csv of all the query's data, 'C' tab-separated text
-// of the grid, 'D' .xlsx of the grid, 'E' csv of the grid into the status bar.
+enum class ExportKind {
+    GridCsv,       // "Export csv (Grid)": the grid as shown, list-separated; status bar and "ok"
+    AllDataCsv,    // "Export csv (Toate Datele)": every row and field of the query; status bar and "ok"
+    GridText,      // "Export csv": the grid as shown, tab-separated and quoted; silent
+    GridXlsx,      // "Export Excel": the grid as a workbook; silent
+    GridCsvStatus, // "Export csv" of the account sheet: the grid, "fisier exportat: " in the status bar
+};
+
+QString exportKindName(ExportKind kind);
+// "*.csv" or "*.xlsx"
+QString exportFilter(ExportKind kind);
+
 struct ExportDesc {
-    char variant = 'A';
+    ExportKind kind = ExportKind::GridCsv;
     QString caption;          // "Export csv (Grid)"
     QString objectName;       // "cxButton2"
     QString fileName;         // "\AnalizaRegistruJurnal.csv" (with its leading backslash)
 };
+
+// The buttons, each with its one caption: only the object name and the file vary.
+ExportDesc exportGridCsv(const QString &objectName, const QString &fileName);
+ExportDesc exportAllData(const QString &objectName, const QString &fileName);
+ExportDesc exportText(const QString &objectName, const QString &fileName);
+ExportDesc exportExcel(const QString &objectName, const QString &fileName);
+ExportDesc exportCsvToStatus(const QString &objectName, const QString &fileName);
 
 // ----- the report
 
@@ -162,6 +211,7 @@ struct ReportDesc {
     QString titleObjectName = QStringLiteral("lblTitlu");
     QString paramGroupTitle;  // non-empty: the editors and "Cauta" sit in a framed group of this title
     QList<EditorDesc> editors;
+    QList<HiddenLabel> hiddenLabels;
 
     QString runButtonName = QStringLiteral("btnCauta");
     QString runCaption = QStringLiteral("Cauta");
@@ -171,13 +221,15 @@ struct ReportDesc {
     QString sql;              // sent exactly as written
     QList<ParamBinding> params;
     QString ownDataListSql;   // non-empty: the form's own period-row query "dsDataList"
-    QList<RunStep> steps;     // empty: both dates required ("Alegeti Perioada Dorita!"),
-                              // close, parameters, open
+    QList<RunStep> steps;     // in order; checks come before anything that changes state
+    QStringList customSteps;  // the names the form's runCustomStep knows
     bool closeQueryOnClose = false; // closing the form empties the grid
 
     QList<ColumnDesc> columns;
     QList<ui::GridSummary> footerSummaries;
     QList<ui::GridSummary> groupSummaries;
+    // Summed fields the query does not return: declared by design, their sums stay empty.
+    QStringList absentSumFields;
     GridOptions grid;
 
     QString styleKey;         // empty: no style button
@@ -186,47 +238,15 @@ struct ReportDesc {
     bool statusBar = false;
 
     QSize size = QSize(1000, 650);
+
+    const ExportDesc *exportOf(ExportKind kind) const;
+    const EditorDesc *editorNamed(const QString &objectName) const;
 };
 
-// The same date moved to the first / last day of its month, or kept (null stays null).
-QDate convertDate(const QDate &d, DateConv conv);
-
-// Builders that keep the descriptions short.
-// The period editors most forms carry: "Perioada de la :" cxDateEdit1, "Pana la :" cxDateEdit2.
-inline QList<EditorDesc> periodEditors(DateSnap fromSnap = DateSnap::None, DateSnap toSnap = DateSnap::None)
-{
-    EditorDesc from;
-    from.objectName = QStringLiteral("cxDateEdit1");
-    from.label = QStringLiteral("Perioada de la :");
-    from.snap = fromSnap;
-    EditorDesc to;
-    to.objectName = QStringLiteral("cxDateEdit2");
-    to.label = QStringLiteral("Pana la :");
-    to.snap = toSnap;
-    return {from, to};
-}
-
-inline ColumnDesc column(const char *field, int width, const QString &caption = {})
-{
-    ColumnDesc c;
-    c.field = QString::fromLatin1(field);
-    c.width = width;
-    c.caption = caption;
-    return c;
-}
-
-inline ui::GridSummary sumOf(const char *field, const QString &format = {})
-{
-    ui::GridSummary s;
-    s.fieldName = QString::fromLatin1(field);
-    s.kind = ui::SummaryKind::Sum;
-    s.format = format;
-    return s;
-}
-
-// A file in a folder named the way the forms name theirs: folder + name, where
-// name starts with a backslash ("\grid.ini"); outside Windows that backslash
-// is the path separator. An empty folder gives the root ("/grid.ini").
-QString documentsFile(const QString &folder, const QString &nameWithBackslash);
+// What is wrong with a description, one line per fault naming the report and
+// the name at fault; empty when it is sound.
+QStringList validate(const ReportDesc &d);
+// The columns and sums against the fields the query returns.
+QStringList validateFields(const ReportDesc &d, const QStringList &resultFields);
 
 } // namespace rep

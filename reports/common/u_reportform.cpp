@@ -1,9 +1,9 @@
 #include "reports/common/u_reportform.h"
 
-#include "app/u_dmQuarv.h"
 #include "db/u_textmover.h"
 #include "reports/common/u_frmGridStyle.h"
 #include "reports/common/u_wrapbutton.h"
+#include "session/u_dmQuarv.h"
 #include "ui/core/u_gridexport.h"
 #include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
@@ -22,38 +22,16 @@
 #include <QStatusBar>
 
 #include <optional>
-
-namespace rep {
-
-QDate convertDate(const QDate &d, DateConv conv)
-{
-    if (!d.isValid())
-        return {};
-    switch (conv) {
-    case DateConv::AsIs: return d;
-    case DateConv::MonthStart: return QDate(d.year(), d.month(), 1);
-    case DateConv::MonthEnd: return QDate(d.year(), d.month(), d.daysInMonth());
-    }
-    return d;
-}
-
-QString documentsFile(const QString &folder, const QString &nameWithBackslash)
-{
-    QString name = nameWithBackslash;
-#ifndef Q_OS_WIN
-    // The forms name their files with a Windows separator; here it is the path separator.
-    if (name.startsWith(QLatin1Char('\\')))
-        name[0] = QLatin1Char('/');
-#endif
-    return folder + name;
-}
-
-} // namespace rep
+#include <stdexcept>
 
 using rep::StepKind;
 
 TReportForm::TReportForm(rep::ReportDesc desc, QWidget *parent) : QWidget(parent), m_desc(std::move(desc))
 {
+    const QStringList faults = rep::validate(m_desc);
+    if (!faults.isEmpty())
+        throw std::logic_error(faults.join(QLatin1Char('\n')).toStdString());
+
     setObjectName(m_desc.formName);
     setWindowTitle(m_desc.formName);
     resize(m_desc.size);
@@ -143,6 +121,11 @@ void TReportForm::buildForm()
     }
     m_strip->addWidget(m_run);
     connect(m_run, &QPushButton::clicked, this, [this] { ui::guarded([this] { Cauta(); }); });
+    for (const rep::HiddenLabel &l : std::as_const(m_desc.hiddenLabels)) {
+        auto *lbl = new QLabel(l.text, editorHost);
+        lbl->setObjectName(l.objectName);
+        lbl->hide();
+    }
     top->addStretch(1);
 
     if (!m_desc.styleKey.isEmpty()) {
@@ -166,11 +149,11 @@ void TReportForm::buildForm()
             auto *b = new QPushButton(e.caption, this);
             b->setObjectName(e.objectName);
             b->setAccessibleName(e.caption);
-            b->setProperty("exportVariant", QChar::fromLatin1(e.variant));
+            b->setProperty("exportKind", int(e.kind));
             bottom->addWidget(b);
             m_exports.append(b);
-            const char v = e.variant;
-            connect(b, &QPushButton::clicked, this, [this, v] { ui::guarded([this, v] { exportVariant(v); }); });
+            const rep::ExportKind k = e.kind;
+            connect(b, &QPushButton::clicked, this, [this, k] { ui::guarded([this, k] { exportKind(k); }); });
         }
         bottom->addStretch(1);
         outer->addLayout(bottom);
@@ -205,7 +188,7 @@ void TReportForm::buildGrid()
         m_gridView->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
 
     for (const rep::ColumnDesc &c : std::as_const(m_desc.columns)) {
-        const int col = m_view->addColumn(c.field, c.caption, c.width);
+        const int col = m_view->addColumn(c.field, c.caption, c.width > 0 ? c.width : ui::GridColumn{}.width);
         if (col < 0)
             continue;
         if (!c.visible)
@@ -283,10 +266,10 @@ QDate TReportForm::editorDate(const QString &objectName) const
     return {};
 }
 
-QPushButton *TReportForm::exportButton(char variant) const
+QPushButton *TReportForm::exportButton(rep::ExportKind kind) const
 {
     for (QPushButton *b : m_exports)
-        if (b->property("exportVariant").toChar() == QChar::fromLatin1(variant))
+        if (b->property("exportKind").toInt() == int(kind))
             return b;
     return nullptr;
 }
@@ -318,21 +301,10 @@ void TReportForm::Cauta()
     if (m_ownDataList && m_ownDataList->connection() == nullptr && dmQuarv)
         m_ownDataList->setConnection(dmQuarv->pgConn);
 
-    QList<rep::RunStep> steps = m_desc.steps;
-    if (steps.isEmpty()) {
-        // The common run: both dates required, the period bound as parameters.
-        QStringList dates;
-        for (const rep::EditorDesc &e : std::as_const(m_desc.editors))
-            if (e.kind == rep::EditorKind::Date)
-                dates << e.objectName;
-        steps << rep::RunStep::checkFilled(dates, QStringLiteral("Alegeti Perioada Dorita!"))
-              << rep::RunStep::closeQuery() << rep::RunStep::setParams() << rep::RunStep::openQuery();
-    }
-
     // Set by a BusyCursor step; its destructor puts the default cursor back
     // on every way out of the run, errors included.
     std::optional<ui::WaitCursor> busy;
-    for (const rep::RunStep &s : std::as_const(steps)) {
+    for (const rep::RunStep &s : std::as_const(m_desc.steps)) {
         if (s.kind == StepKind::BusyCursor) {
             if (!busy) {
                 busy.emplace();
@@ -340,47 +312,34 @@ void TReportForm::Cauta()
             }
             continue;
         }
-        if (s.kind == StepKind::CheckSameMonth && !sameMonth(editorDate(s.editors.value(0)),
-                                                             editorDate(s.editors.value(1)))) {
-            if (s.informOnly) {
-                ui::messages().information(s.message, this);
-                return;
-            }
-            throw QuarvError(s.message);
-        }
-        runStep(s);
+        if (!runStep(s))
+            return;
     }
 }
 
-bool TReportForm::sameMonth(const QDate &a, const QDate &b) const
-{
-    // An empty editor counts as month 0 of year 0.
-    const int ma = a.isValid() ? a.month() : 0, mb = b.isValid() ? b.month() : 0;
-    const int ya = a.isValid() ? a.year() : 0, yb = b.isValid() ? b.year() : 0;
-    return ma == mb && ya == yb;
-}
-
-void TReportForm::runStep(const rep::RunStep &s)
+bool TReportForm::runStep(const rep::RunStep &s)
 {
     switch (s.kind) {
     case StepKind::CheckFilled:
         for (const QString &name : s.editors) {
             QWidget *w = editor(name);
-            const bool empty = qobject_cast<ui::DateEdit *>(w) ? static_cast<ui::DateEdit *>(w)->isEmpty()
-                                                               : editorText(name).isEmpty();
-            if (empty)
+            auto *de = qobject_cast<ui::DateEdit *>(w);
+            if (de ? de->isEmpty() : editorText(name).isEmpty())
                 throw QuarvError(s.message);
         }
         break;
     case StepKind::CheckSameMonth:
-        if (!sameMonth(editorDate(s.editors.value(0)), editorDate(s.editors.value(1))))
-            throw QuarvError(s.message);
+        if (!rep::sameMonth(editorDate(s.editors.value(0)), editorDate(s.editors.value(1)))) {
+            if (!s.informOnly)
+                throw QuarvError(s.message);
+            ui::messages().information(s.message, this);
+            return false;
+        }
         break;
-    case StepKind::BusyCursor: {
+    case StepKind::BusyCursor:
         // Outside Cauta a busy step has no run to span; it only repaints.
         repaint();
         break;
-    }
     case StepKind::CloseQuery:
         m_query->close();
         break;
@@ -405,6 +364,7 @@ void TReportForm::runStep(const rep::RunStep &s)
         runCustomStep(s.name);
         break;
     }
+    return true;
 }
 
 void TReportForm::setParamsFromEditors()
@@ -457,54 +417,51 @@ void TReportForm::runCustomStep(const QString &name)
 
 QString TReportForm::proposedFileName(const QString &fileName) const
 {
-    return rep::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), fileName);
+    return ui::platform::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), fileName);
 }
 
-void TReportForm::exportVariant(char variant)
+void TReportForm::exportKind(rep::ExportKind kind)
 {
-    for (const rep::ExportDesc &e : std::as_const(m_desc.exports))
-        if (e.variant == variant)
-            return doExport(e);
-    throw QuarvError(QStringLiteral("Formularul %1 nu are exportul %2.").arg(objectName(), QChar::fromLatin1(variant)));
+    if (const rep::ExportDesc *e = m_desc.exportOf(kind))
+        return doExport(*e);
+    throw QuarvError(QStringLiteral("Formularul %1 nu are exportul %2.").arg(objectName(), rep::exportKindName(kind)));
 }
 
 void TReportForm::doExport(const rep::ExportDesc &e)
 {
+    using rep::ExportKind;
     // All the query's data needs a query that ran; before the first "Cauta"
     // there is nothing to move and no parameters to open it with.
-    if (e.variant == 'B' && !m_query->isActive())
+    if (e.kind == ExportKind::AllDataCsv && !m_query->isActive())
         throw QuarvError(notRunText());
 
-    const QString filter = e.variant == 'D' ? QStringLiteral("*.xlsx") : QStringLiteral("*.csv");
-    const QString file = ui::fileDialog().saveFileName(filter, proposedFileName(e.fileName), this);
+    const QString file = ui::fileDialog().saveFileName(rep::exportFilter(e.kind), proposedFileName(e.fileName), this);
     if (file.isEmpty())
         return;
 
-    switch (e.variant) {
-    case 'A':
+    switch (e.kind) {
+    case ExportKind::GridCsv:
         setStatusText(QString());
         ui::exportGridCsv(*m_view, file, ui::platform::listSeparator());
         setStatusText(file);
         ui::messages().information(QStringLiteral("ok"), this);
         break;
-    case 'B':
+    case ExportKind::AllDataCsv:
         setStatusText(QString());
         db::moveToText(*m_query, file, ui::platform::listSeparator());
         setStatusText(file);
         ui::messages().information(QStringLiteral("ok"), this);
         break;
-    case 'C':
+    case ExportKind::GridText:
         ui::exportGridText(*m_view, file);
         break;
-    case 'D':
+    case ExportKind::GridXlsx:
         ui::exportGridXlsx(*m_view, file);
         break;
-    case 'E':
+    case ExportKind::GridCsvStatus:
         ui::exportGridCsv(*m_view, file, ui::platform::listSeparator());
         setStatusText(QStringLiteral("fisier exportat: ") + file);
         break;
-    default:
-        throw QuarvError(QStringLiteral("Export necunoscut: %1").arg(QChar::fromLatin1(e.variant)));
     }
 }
 

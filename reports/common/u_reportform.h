@@ -9,7 +9,7 @@
 // A report unit subclasses it only to hand over its description and for what
 // is truly its own (a picker behind an editor's button, a custom run step).
 //
-// Handlers that throw (Cauta, exportVariant, ...) are what tests call
+// Handlers that throw (Cauta, exportKind, ...) are what tests call
 // directly; the buttons run them under the default error report.
 
 #include "reports/common/u_reportdesc.h"
@@ -36,6 +36,8 @@ class GridTableView;
 class TReportForm : public QWidget {
     Q_OBJECT
 public:
+    // Throws std::logic_error naming the report and the fault when the
+    // description does not validate.
     explicit TReportForm(rep::ReportDesc desc, QWidget *parent = nullptr);
     ~TReportForm() override;
 
@@ -51,7 +53,7 @@ public:
     QDate editorDate(const QString &objectName) const;       // null when empty
     QPushButton *runButton() const { return m_run; }
     QPushButton *styleButton() const { return m_style; }     // nullptr without a style key
-    QPushButton *exportButton(char variant) const;           // nullptr when the form has none
+    QPushButton *exportButton(rep::ExportKind kind) const;   // nullptr when the form has none
     db::Query *query() const { return m_query; }              // objectName desc().queryName
     db::Query *ownDataList() const { return m_ownDataList; }  // nullptr unless the form has one
     ui::Grid *grid() const { return m_grid; }                 // "cxGrid1"
@@ -65,7 +67,8 @@ public:
 
     // ----- run ("Cauta"): the description's steps in order
     void Cauta();
-    void runStep(const rep::RunStep &step);
+    // One step; false when a check stopped the run silently (an information box).
+    bool runStep(const rep::RunStep &step);
     // The pieces the steps use, for forms with steps of their own.
     void setParamsFromEditors();
     // Period row: open or re-read, edit the current row (insert into an empty
@@ -73,15 +76,15 @@ public:
     static void writePeriodRow(db::Query &periodRow, const QDate &start, const QDate &end, bool closeAfter);
     db::Query &periodRow(rep::PeriodSource source) const;
 
-    // ----- exports ('A'..'E'); nothing happens when the dialog is cancelled.
-    void exportVariant(char variant);
-    // caleDocumente + the export's file name (backslash rule of rep::documentsFile).
+    // ----- exports; nothing happens when the dialog is cancelled.
+    void exportKind(rep::ExportKind kind);
+    // caleDocumente + the export's file name (backslash rule of ui::platform::documentsFile).
     QString proposedFileName(const QString &fileName) const;
 
     // ----- style button: retarget the one style manager and show it modelessly.
     void styleButtonClick();
 
-    // Variant B before any run: the query is closed and there is nothing to move.
+    // All the query's data before any run: the query is closed and there is nothing to move.
     static QString notRunText() { return QStringLiteral("Apasati intai Cauta!"); }
 
 protected:
@@ -100,7 +103,6 @@ private:
     void buildGrid();
     void wireEditor(const rep::EditorDesc &e, QWidget *w);
     void doExport(const rep::ExportDesc &e);
-    bool sameMonth(const QDate &a, const QDate &b) const;
 
     rep::ReportDesc m_desc;
     QLabel *m_title = nullptr;

@@ -3,7 +3,7 @@
 // and the default error report.
 
 #include "app/u_application.h"
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 #include "app/u_frmLogin.h"
 #include "app/u_frmMenuQuarv.h"
 #include "app/u_startup.h"
@@ -28,6 +28,8 @@
 #include <QToolButton>
 
 #include <stdexcept>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -131,12 +133,12 @@ private slots:
         QStringList order;
         for (QObject *o : createdForms())
             order << o->objectName();
-        QCOMPARE(order, QStringList({"frmMenuQUARV", "dmQuarv", "frmCheltVenPeComenziFaraRegii",
-                                     "frmAnalizaContabilaDetaliata", "frmGridStyle", "frmVerifDecontTurism",
-                                     "frmLogin", "frmFisaDeContAnalitica", "frmConta_select",
-                                     "frmAnaliza_Profitabilitate", "frmAnalizaRegistruJurnal",
-                                     "frmContareDocumente", "frmConts_select", "frmMenuQUARV", "frmLogin",
-                                     "frmFisaDeContAnalitica"}));
+        QCOMPARE(order, QStringList({u"frmMenuQUARV"_s, u"dmQuarv"_s, u"frmCheltVenPeComenziFaraRegii"_s,
+                                     u"frmAnalizaContabilaDetaliata"_s, u"frmGridStyle"_s, u"frmVerifDecontTurism"_s,
+                                     u"frmLogin"_s, u"frmFisaDeContAnalitica"_s, u"frmConta_select"_s,
+                                     u"frmAnaliza_Profitabilitate"_s, u"frmAnalizaRegistruJurnal"_s,
+                                     u"frmContareDocumente"_s, u"frmConts_select"_s, u"frmMenuQUARV"_s, u"frmLogin"_s,
+                                     u"frmFisaDeContAnalitica"_s}));
         // The globals name the second instances; the main window is the first menu.
         QCOMPARE(mainWindow(), createdForms().first());
         QCOMPARE(static_cast<QObject *>(frmMenuQUARV), createdForms().at(13));
@@ -145,7 +147,7 @@ private slots:
         QVERIFY(!frmMenuQUARV->isVisible());
         QCOMPARE(frmAnalizaPostcalcul, nullptr);
         QCOMPARE(dmQuarv->caleDocumente, m_docs.path());
-        QCOMPARE(TfrmLogin::settingsFilePath(), m_docs.path() + "/conectareQUARV.xml");
+        QCOMPARE(TfrmLogin::settingsFilePath(), m_docs.path() + u"/conectareQUARV.xml"_s);
         dmQuarv->caleDocumente.clear();
         QCOMPARE(TfrmLogin::settingsFilePath(), QStringLiteral("/conectareQUARV.xml"));
         dmQuarv->caleDocumente = m_docs.path();
@@ -202,8 +204,8 @@ private slots:
         QTest::mouseClick(&b, Qt::LeftButton);
         QTest::mouseClick(&b, Qt::LeftButton);
         QCOMPARE(after, 2);
-        QCOMPARE(m_msg->errors, QStringList({"Eroare de proba", "std failure", "Eroare necunoscuta",
-                                             "Alegeti Perioada Dorita!", "Alegeti Perioada Dorita!"}));
+        QCOMPARE(m_msg->errors, QStringList({u"Eroare de proba"_s, u"std failure"_s, u"Eroare necunoscuta"_s,
+                                             u"Alegeti Perioada Dorita!"_s, u"Alegeti Perioada Dorita!"_s}));
     }
 
     void loginWindowLayout()
@@ -286,7 +288,7 @@ private slots:
         m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('DEMO', 'secret')"));
 
         // Unreachable server: the connection layer's own text; nothing saved.
-        typeProfile(m_pg->host(), QString::number(PgTestServer::deadPort()), m_pg->database(), "DEMO", "secret");
+        typeProfile(m_pg->host(), QString::number(PgTestServer::deadPort()), m_pg->database(), u"DEMO"_s, u"secret"_s);
         QTest::keyClick(frmLogin->edtDataBase, Qt::Key_Return); // Enter anywhere presses "Conectare"
         QCOMPARE(m_msg->errors.size(), 1);
         QVERIFY(m_msg->errors.first() != kBadLogin && !m_msg->errors.first().isEmpty());
@@ -300,16 +302,16 @@ private slots:
 
         // Wrong database.
         m_msg->clear();
-        typeProfile(m_pg->host(), QString::number(m_pg->port()), "nu_exista_db", "DEMO", "secret");
+        typeProfile(m_pg->host(), QString::number(m_pg->port()), u"nu_exista_db"_s, u"DEMO"_s, u"secret"_s);
         frmLogin->btnConnect->click();
         QCOMPARE(m_msg->errors.size(), 1);
-        QVERIFY2(m_msg->errors.first().contains("nu_exista_db"), qPrintable(m_msg->errors.first()));
+        QVERIFY2(m_msg->errors.first().contains(u"nu_exista_db"_s), qPrintable(m_msg->errors.first()));
         QVERIFY(!dmQuarv->pgConn->isOpen());
         QVERIFY(!QFile::exists(settingsFile()));
 
         // Unknown issuer, wrong password, empty password: refused alike, connection kept.
-        const QList<QPair<QString, QString>> refused = {{"NOBODY", "secret"}, {"DEMO", "gresit"}, {"DEMO", ""},
-                                                        {"demo", "secret"}};
+        const QList<QPair<QString, QString>> refused = {{u"NOBODY"_s, u"secret"_s}, {u"DEMO"_s, u"gresit"_s}, {u"DEMO"_s, u""_s},
+                                                        {u"demo"_s, u"secret"_s}};
         qlonglong backend = 0;
         for (const auto &[user, password] : refused) {
             m_msg->clear();
@@ -331,14 +333,14 @@ private slots:
         m_pg->execAdmin(QStringLiteral("alter table emitent drop constraint if exists emitent_pkey cascade"));
         m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('DUP', 'x'), ('DUP', 'x')"));
         m_msg->clear();
-        typeGoodProfile("DUP", "x");
+        typeGoodProfile(u"DUP"_s, u"x"_s);
         frmLogin->btnConnect->click();
         QCOMPARE(m_msg->errors, QStringList{kBadLogin});
         QVERIFY(dmQuarv->emitent.isEmpty());
 
         // An empty port cell is port 0.
         m_msg->clear();
-        typeProfile(m_pg->host(), QString(), m_pg->database(), "DEMO", "secret");
+        typeProfile(m_pg->host(), QString(), m_pg->database(), u"DEMO"_s, u"secret"_s);
         frmLogin->btnConnect->click();
         QCOMPARE(dmQuarv->pgConn->port(), 0);
         frmLogin->hide();
@@ -348,24 +350,24 @@ private slots:
     {
         m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('GOL', '')"));
         // An empty password matches an empty operator_parola.
-        typeGoodProfile("GOL", "");
+        typeGoodProfile(u"GOL"_s, u""_s);
         frmLogin->btnConnect->click();
-        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join('|')));
+        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join(u'|')));
         QCOMPARE(dmQuarv->emitent, QStringLiteral("GOL"));
         QVERIFY(!frmLogin->isVisible());
         QCOMPARE(frmLogin->result(), int(QDialog::Accepted));
         QVERIFY(!frmLogin->FDMemTableConectare->isActive());
 
         // Several profiles: the current one is used, every row is saved, no password.
-        typeProfile("alt-server", "1234", "alta", "X", "");
+        typeProfile(u"alt-server"_s, u"1234"_s, u"alta"_s, u"X"_s, u""_s);
         QTest::mouseClick(frmLogin->DBNavigator1->button(ui::DBNavigator::Insert), Qt::LeftButton);
         QTest::keyClicks(frmLogin->edtIp, m_pg->host());
         QTest::keyClicks(frmLogin->edtPort, QString::number(m_pg->port()));
         QTest::keyClicks(frmLogin->edtDataBase, m_pg->database());
-        QTest::keyClicks(frmLogin->edtUser, "DEMO");
-        frmLogin->edtPassword->setText("secret");
+        QTest::keyClicks(frmLogin->edtUser, u"DEMO"_s);
+        frmLogin->edtPassword->setText(u"secret"_s);
         frmLogin->btnConnect->click(); // the pending insert is posted first
-        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join('|')));
+        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join(u'|')));
         QCOMPARE(dmQuarv->emitent, QStringLiteral("DEMO"));
         const QByteArray saved = settingsBytes();
         QVERIFY(saved.contains("alt-server"));
@@ -376,7 +378,7 @@ private slots:
         // A refused attempt leaves the saved profiles as they were.
         frmLogin->show();
         frmLogin->DBNavigator1->click(ui::DBNavigator::Next);
-        QTest::keyClicks(frmLogin->edtUser, "x");
+        QTest::keyClicks(frmLogin->edtUser, u"x"_s);
         frmLogin->btnConnect->click();
         QCOMPARE(m_msg->all, QStringList{kBadLogin});
         QCOMPARE(settingsBytes(), saved);
@@ -392,15 +394,15 @@ private slots:
     void unwritableDocumentsFolder()
     {
         const QString saved = dmQuarv->caleDocumente;
-        const QString folders[] = {m_docs.path() + "/lipsa/mai/adanc", settingsFile() + "/sub"};
+        const QString folders[] = {m_docs.path() + u"/lipsa/mai/adanc"_s, settingsFile() + u"/sub"_s};
         QFile::remove(settingsFile());
         for (const QString &folder : folders) {
             m_msg->clear();
             dmQuarv->caleDocumente = saved;
-            typeGoodProfile("DEMO", "secret");
+            typeGoodProfile(u"DEMO"_s, u"secret"_s);
             dmQuarv->caleDocumente = folder;
             frmLogin->btnConnect->click();
-            QCOMPARE(m_msg->errors, QStringList{"Nu se poate crea fisierul conectareQUARV.xml\rin directorul " + folder});
+            QCOMPARE(m_msg->errors, QStringList{u"Nu se poate crea fisierul conectareQUARV.xml\rin directorul "_s + folder});
             // Signed in anyway; the window closed; the typed rows kept.
             QCOMPARE(dmQuarv->emitent, QStringLiteral("DEMO"));
             QVERIFY(!frmLogin->isVisible());
@@ -436,11 +438,11 @@ private slots:
             QTest::keyClicks(frmLogin->edtIp, m_pg->host());
             QTest::keyClicks(frmLogin->edtPort, QString::number(m_pg->port()));
             QTest::keyClicks(frmLogin->edtDataBase, m_pg->database());
-            QTest::keyClicks(frmLogin->edtUser, "DEMO");
-            frmLogin->edtPassword->setText("secret");
+            QTest::keyClicks(frmLogin->edtUser, u"DEMO"_s);
+            frmLogin->edtPassword->setText(u"secret"_s);
             QTest::keyClick(frmLogin->edtPassword, Qt::Key_Enter);
         });
-        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join('|')));
+        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join(u'|')));
         QCOMPARE(menu()->lblUser->text(), QStringLiteral("DEMO"));
         QVERIFY(menu()->cxGroupBoxMenu->isVisible());
 
@@ -473,7 +475,7 @@ private slots:
         const int before = QApplication::topLevelWidgets().size();
         QTest::mouseClick(menu()->cxButton3, Qt::LeftButton);
         QCOMPARE(m_msg->errors.size(), 1);
-        QVERIFY(m_msg->errors.first().contains("frmAnalizaPostcalcul"));
+        QVERIFY(m_msg->errors.first().contains(u"frmAnalizaPostcalcul"_s));
         QCOMPARE(QApplication::topLevelWidgets().size(), before);
         // The menu goes on working.
         QTest::mouseClick(menu()->btnContareDoc, Qt::LeftButton);

@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using db::FieldDef;
 using db::FieldType;
 using db::MemTable;
@@ -78,7 +80,7 @@ void TstDbMemory::editingAndRoundTrip()
     QCOMPARE(t.fieldValue(QStringLiteral("port")).toInt(), 5432);
     // A second row: empty text, every other value null.
     t.append();
-    t.setFieldValue(QStringLiteral("ip"), QString(""));
+    t.setFieldValue(QStringLiteral("ip"), QString(u""_s));
     t.setFieldValue(QStringLiteral("port"), QVariant());
     t.post();
     t.appendRow({QStringLiteral("de sters")});
@@ -190,7 +192,7 @@ void TstDbMemory::textMover()
     t.setFieldDefs(allTypes());
     t.appendRow({QStringLiteral("a;\"b\""), QStringLiteral("șț"), QDate(2024, 3, 1), QDateTime(QDate(2024, 3, 1), QTime(8, 5)),
                  1234567.891, 7, qlonglong(1) << 40, true, QByteArray("\x01\xab", 2)});
-    t.appendRow({QString(""), QVariant(), QVariant(), QVariant(), 0.1, -1, 0, false});
+    t.appendRow({QString(u""_s), QVariant(), QVariant(), QVariant(), 0.1, -1, 0, false});
     const QString path = dir.filePath(QStringLiteral("out.csv"));
     writeFile(path, "old content that must go away, longer than the new one ............................................");
     db::moveToText(t, path, u';');

@@ -3,7 +3,7 @@
 // grid_style (two reports, ownership, retiring, damaged layouts) and the
 // account pickers.
 
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 #include "reports/common/u_frmConta_select.h"
 #include "reports/common/u_frmConts_select.h"
 #include "reports/common/u_frmGridStyle.h"
@@ -58,11 +58,13 @@ rep::ReportDesc testDesc(const QString &name, const QString &key)
     d.footerSummaries = {{QStringLiteral("suma"), ui::SummaryKind::Sum, QStringLiteral("0.00")}};
     d.groupSummaries = d.footerSummaries;
     d.styleKey = key;
-    d.exports = {{'A', QStringLiteral("Export csv (Grid)"), QStringLiteral("cxButton2"), QStringLiteral("\\Proba.csv")},
-                 {'B', QStringLiteral("Export csv (Toate Datele)"), QStringLiteral("cxButton3"), QStringLiteral("\\Proba.csv")},
-                 {'C', QStringLiteral("Export csv"), QStringLiteral("cxButton4"), QStringLiteral("\\Proba.csv")},
-                 {'D', QStringLiteral("Export Excel"), QStringLiteral("cxButton5"), QStringLiteral("\\Proba.xlsx")},
-                 {'E', QStringLiteral("Export csv"), QStringLiteral("cxButton6"), QStringLiteral("\\Fisa.csv")}};
+    d.steps = {rep::RunStep::checkPeriodFilled(kNoPeriod), rep::RunStep::closeQuery(), rep::RunStep::setParams(),
+               rep::RunStep::openQuery()};
+    d.exports = {rep::exportGridCsv(QStringLiteral("cxButton2"), QStringLiteral("\\Proba.csv")),
+                 rep::exportAllData(QStringLiteral("cxButton3"), QStringLiteral("\\Proba.csv")),
+                 rep::exportText(QStringLiteral("cxButton4"), QStringLiteral("\\Proba.csv")),
+                 rep::exportExcel(QStringLiteral("cxButton5"), QStringLiteral("\\Proba.xlsx")),
+                 rep::exportCsvToStatus(QStringLiteral("cxButton6"), QStringLiteral("\\Fisa.csv"))};
     d.statusBar = true;
     return d;
 }
@@ -151,7 +153,7 @@ private slots:
         auto *style = f.findChild<QPushButton *>(QStringLiteral("cxButton1"));
         QVERIFY(style);
         QCOMPARE(style->text(), QStringLiteral("Salvare/Restaurare Mod Prezentare Grid"));
-        QCOMPARE(f.exportButton('B')->text(), QStringLiteral("Export csv (Toate Datele)"));
+        QCOMPARE(f.exportButton(rep::ExportKind::AllDataCsv)->text(), QStringLiteral("Export csv (Toate Datele)"));
         QCOMPARE(f.tableView()->columnCount(), 4);
 
         auto *run = f.findChild<QPushButton *>(QStringLiteral("btnCauta"));
@@ -193,8 +195,7 @@ private slots:
         rep::ReportDesc d = testDesc(QStringLiteral("frmProba2"), {});
         d.sql = QStringLiteral("select cod, den, suma, zi from frame_fix, data_list where zi between data_incep and data_sf\n;");
         d.params.clear();
-        d.steps = {rep::RunStep::checkSameMonth(kOtherMonth, true),
-                   rep::RunStep::checkFilled({QStringLiteral("cxDateEdit1"), QStringLiteral("cxDateEdit2")}, kNoPeriod),
+        d.steps = {rep::RunStep::checkSameMonth(true), rep::RunStep::checkPeriodFilled(kNoPeriod),
                    rep::RunStep::busyCursor(),
                    rep::RunStep::postPeriodRow(rep::PeriodSource::Session, rep::DateConv::MonthStart,
                                                rep::DateConv::MonthEnd),
@@ -229,6 +230,7 @@ private slots:
         // The hourglass goes away when a later step fails.
         rep::ReportDesc d2 = d;
         d2.steps = {rep::RunStep::busyCursor(), rep::RunStep::custom(QStringLiteral("fail")), rep::RunStep::openQuery()};
+        d2.customSteps = {QStringLiteral("fail")};
         Form g(d2);
         QVERIFY_THROWS_EXCEPTION(QuarvError, g.Cauta());
         QCOMPARE(g.customRuns, 1);
@@ -243,7 +245,7 @@ private slots:
         const QString dir = m_docs.path();
 
         // Before any run: all data refused, no dialog.
-        f.exportButton('B')->click();
+        f.exportButton(rep::ExportKind::AllDataCsv)->click();
         QCOMPARE(m_msg->errors, QStringList{TReportForm::notRunText()});
         QVERIFY(dlg.askedNames.isEmpty());
         m_msg->clear();
@@ -257,7 +259,7 @@ private slots:
 
         // A: the grid as shown, ';', status bar and "ok".
         dlg.answers << dir + QStringLiteral("/a.csv");
-        f.exportButton('A')->click();
+        f.exportButton(rep::ExportKind::GridCsv)->click();
         QCOMPARE(dlg.askedFilters.last(), QStringLiteral("*.csv"));
         QCOMPARE(dlg.askedNames.last(), dir + QStringLiteral("/Proba.csv"));
         QStringList a = fileLines(dir + QStringLiteral("/a.csv"));
@@ -270,7 +272,7 @@ private slots:
 
         // B: every row and field of the query, field names, quoted text.
         dlg.answers << dir + QStringLiteral("/b.csv");
-        f.exportButton('B')->click();
+        f.exportButton(rep::ExportKind::AllDataCsv)->click();
         const QStringList b = fileLines(dir + QStringLiteral("/b.csv"));
         QCOMPARE(b.size(), 5);
         QVERIFY2(b.value(0).remove(QLatin1Char('"')) == QStringLiteral("cod;den;suma;zi"), qPrintable(b.value(0)));
@@ -281,14 +283,14 @@ private slots:
         // C: tabs and quotes, silent.
         f.setStatusText(QStringLiteral("inainte"));
         dlg.answers << dir + QStringLiteral("/c.csv");
-        f.exportButton('C')->click();
+        f.exportButton(rep::ExportKind::GridText)->click();
         QCOMPARE(fileLines(dir + QStringLiteral("/c.csv")).value(0), QStringLiteral("\"Suma\"\t\"Cod\"\t\"Denumire\""));
         QCOMPARE(f.statusText(), QStringLiteral("inainte"));
         QCOMPARE(m_msg->informations.size(), 2);
 
         // D: a workbook, its own filter.
         dlg.answers << dir + QStringLiteral("/d.xlsx");
-        f.exportButton('D')->click();
+        f.exportButton(rep::ExportKind::GridXlsx)->click();
         QCOMPARE(dlg.askedFilters.last(), QStringLiteral("*.xlsx"));
         QCOMPARE(dlg.askedNames.last(), dir + QStringLiteral("/Proba.xlsx"));
         QFile x(dir + QStringLiteral("/d.xlsx"));
@@ -297,30 +299,30 @@ private slots:
 
         // E: the status text names the file, no box.
         dlg.answers << dir + QStringLiteral("/e.csv");
-        f.exportButton('E')->click();
+        f.exportButton(rep::ExportKind::GridCsvStatus)->click();
         QCOMPARE(f.statusText(), QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
         QCOMPARE(fileLines(dir + QStringLiteral("/e.csv")), a);
         QCOMPARE(m_msg->informations.size(), 2);
 
         // Cancel: nothing at all.
-        f.exportButton('A')->click(); // the queue is empty: a cancel
+        f.exportButton(rep::ExportKind::GridCsv)->click(); // the queue is empty: a cancel
         QCOMPARE(f.statusText(), QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
         QCOMPARE(m_msg->informations.size(), 2);
         QVERIFY(m_msg->errors.isEmpty());
 
         // A file that cannot be written: the error, the cleared status, no "ok".
         dlg.answers << QStringLiteral("/nu/exista/a.csv");
-        f.exportButton('A')->click();
+        f.exportButton(rep::ExportKind::GridCsv)->click();
         QCOMPARE(m_msg->errors.size(), 1);
         QVERIFY(f.statusText().isEmpty());
         QCOMPARE(m_msg->informations.size(), 2);
 
         // With no Documents folder the backslash still leads.
         dmQuarv->caleDocumente.clear();
-        f.exportButton('C')->click();
+        f.exportButton(rep::ExportKind::GridText)->click();
         QCOMPARE(dlg.askedNames.last(), QStringLiteral("/Proba.csv"));
         dmQuarv->caleDocumente = dir;
-        QCOMPARE(rep::documentsFile(QStringLiteral("X:"), QStringLiteral("\\a.csv")), QStringLiteral("X:/a.csv"));
+        QCOMPARE(ui::platform::documentsFile(QStringLiteral("X:"), QStringLiteral("\\a.csv")), QStringLiteral("X:/a.csv"));
     }
 
     // Layouts through grid_style: two reports, restore, retarget, un-retire.

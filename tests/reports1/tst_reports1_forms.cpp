@@ -2,7 +2,7 @@
 // them: editors, checks and their messages, the period on its way to the
 // server, the grid's set-up, the picker, the exports and a dropped link.
 
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 #include "reports/common/u_frmConts_select.h"
 #include "reports/u_frmAnalizaRegistruJurnal.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
@@ -20,6 +20,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -122,10 +124,10 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
 
         ui::GridModel *g = f->tableView();
         QCOMPARE(columnFields(g),
-                 QStringList({"data_inregistrare", "data_doc", "tip_doc", "nr_doc", "conts_db", "conta_db",
-                              "valoare_lei", "conts_cr", "conta_cr", "explicatie", "moneda_db", "val_mon_db",
-                              "moneda_cr", "val_mon_cr", "partener", "eu_punct_lucru", "eu_punct_lucru_coresp",
-                              "com_int", "magazie_sursa", "jurnal", "traducere_engleza", "data_reg_jurnal"}));
+                 QStringList({u"data_inregistrare"_s, u"data_doc"_s, u"tip_doc"_s, u"nr_doc"_s, u"conts_db"_s, u"conta_db"_s,
+                              u"valoare_lei"_s, u"conts_cr"_s, u"conta_cr"_s, u"explicatie"_s, u"moneda_db"_s, u"val_mon_db"_s,
+                              u"moneda_cr"_s, u"val_mon_cr"_s, u"partener"_s, u"eu_punct_lucru"_s, u"eu_punct_lucru_coresp"_s,
+                              u"com_int"_s, u"magazie_sursa"_s, u"jurnal"_s, u"traducere_engleza"_s, u"data_reg_jurnal"_s}));
         for (int c = 0; c < g->columnCount(); ++c)
             QCOMPARE(g->column(c).headerText(), g->column(c).fieldName);
         QVERIFY(g->filterRowVisible() && g->footerVisible() && g->groupFootersVisible() && g->indicatorVisible());
@@ -146,7 +148,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         for (qsizetype r = 0; r < g->rowCount(); ++r)
             if (g->rowKind(r) == ui::RowKind::GroupFooter)
                 groupSums << g->groupInfo(r).valueText + u'=' + QString::number(g->groupSummaryValue(r, 0).toDouble());
-        QCOMPARE(groupSums, QStringList({"FACT=100", "OP=42.5"}));
+        QCOMPARE(groupSums, QStringList({u"FACT=100"_s, u"OP=42.5"_s}));
         g->clearGrouping();
 
         // A failed check keeps the previous result.
@@ -283,10 +285,10 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QVERIFY(!g->filterRowVisible() && !g->footerVisible() && !g->groupFootersVisible());
         QVERIFY(g->footerSummaries().isEmpty() && g->groupSummaries().isEmpty());
         QCOMPARE(columnFields(g),
-                 QStringList({"conts", "conta", "data_doc", "tip_doc", "explicatie", "partener", "nr_doc",
-                              "conts_coresp", "conta_coresp", "moneda", "valoare_db_lei", "valoare_cr_lei",
-                              "valoare_db", "valoare_cr", "sold_final_lei", "sold_final", "tip_sold_final",
-                              "data_incep", "data_sf", "emitent"}));
+                 QStringList({u"conts"_s, u"conta"_s, u"data_doc"_s, u"tip_doc"_s, u"explicatie"_s, u"partener"_s, u"nr_doc"_s,
+                              u"conts_coresp"_s, u"conta_coresp"_s, u"moneda"_s, u"valoare_db_lei"_s, u"valoare_cr_lei"_s,
+                              u"valoare_db"_s, u"valoare_cr"_s, u"sold_final_lei"_s, u"sold_final"_s, u"tip_sold_final"_s,
+                              u"data_incep"_s, u"data_sf"_s, u"emitent"_s}));
         QCOMPARE(g->column(g->columnIndex(QStringLiteral("emitent"))).headerText(), QStringLiteral("user"));
         QCOMPARE(g->column(g->columnIndex(QStringLiteral("explicatie"))).width, 305);
 

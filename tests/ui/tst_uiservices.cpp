@@ -17,6 +17,8 @@
 
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 class TestUiServices : public QObject {
     Q_OBJECT
 
@@ -70,9 +72,9 @@ private slots:
         {
             ui::ScopedQueuedFileDialog dlg;
             dlg.answers.enqueue(QStringLiteral("/tmp/a.csv"));
-            QCOMPARE(ui::fileDialog().saveFileName("*.csv", "/d\\X.csv"), QStringLiteral("/tmp/a.csv"));
-            QCOMPARE(ui::fileDialog().saveFileName("*.xlsx", "/d\\Y.xlsx"), QString()); // cancel
-            QCOMPARE(dlg.askedFilters, QStringList({"*.csv", "*.xlsx"}));
+            QCOMPARE(ui::fileDialog().saveFileName(u"*.csv"_s, u"/d\\X.csv"_s), QStringLiteral("/tmp/a.csv"));
+            QCOMPARE(ui::fileDialog().saveFileName(u"*.xlsx"_s, u"/d\\Y.xlsx"_s), QString()); // cancel
+            QCOMPARE(dlg.askedFilters, QStringList({u"*.csv"_s, u"*.xlsx"_s}));
             QCOMPARE(dlg.askedNames.last(), QStringLiteral("/d\\Y.xlsx"));
         }
         QVERIFY(dynamic_cast<ui::WidgetFileDialog *>(&ui::fileDialog()));
@@ -81,9 +83,9 @@ private slots:
         ui::messages().information(QStringLiteral("ok"));
         ui::guarded([] { throw QuarvError(QStringLiteral("Alegeti Conts!")); });
         ui::guarded([] {});
-        QCOMPARE(msg.informations, QStringList{"ok"});
-        QCOMPARE(msg.errors, QStringList{"Alegeti Conts!"});
-        QCOMPARE(msg.all, QStringList({"ok", "Alegeti Conts!"}));
+        QCOMPARE(msg.informations, QStringList{u"ok"_s});
+        QCOMPARE(msg.errors, QStringList{u"Alegeti Conts!"_s});
+        QCOMPARE(msg.all, QStringList({u"ok"_s, u"Alegeti Conts!"_s}));
     }
 
     void boundEditAndNavigator()
@@ -160,7 +162,7 @@ private slots:
         t.beforePost = [](db::DataSet &) { throw QuarvError(QStringLiteral("refuzat")); };
         QTest::keyClicks(number, QStringLiteral("9"));
         nav->click(N::Post);
-        QCOMPARE(msg.errors, QStringList{"refuzat"});
+        QCOMPARE(msg.errors, QStringList{u"refuzat"_s});
         QVERIFY(t.isEditing());
 
         t.close();

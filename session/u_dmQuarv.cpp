@@ -1,4 +1,4 @@
-#include "app/u_dmQuarv.h"
+#include "session/u_dmQuarv.h"
 
 #include <QFont>
 

@@ -20,6 +20,8 @@
 #include <QTest>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 using namespace ui;
 
 namespace {
@@ -126,7 +128,7 @@ void TstGridView::headerClicksSortAndShiftAdds()
     QStringList order;
     for (int r = 0; r < 5; ++r)
         order << f.cellAt(r, QStringLiteral("cont")) + QLatin1Char('/') + f.cellAt(r, QStringLiteral("valoare"));
-    QCOMPARE(order, (QStringList{"401/-40", "401/100", "4111/250.5", "4111/1000", "5121/7.25"}));
+    QCOMPARE(order, (QStringList{u"401/-40"_s, u"401/100"_s, u"4111/250.5"_s, u"4111/1000"_s, u"5121/7.25"_s}));
 }
 
 void TstGridView::headerDragsGroupReorderAndResize()
@@ -320,10 +322,10 @@ void TstGridView::popupMenuActions()
     for (QAction *a : menu->actions())
         if (!a->isSeparator())
             texts << a->text();
-    QCOMPARE(texts, (QStringList{"Sortare crescatoare", "Sortare descrescatoare", "Fara sortare",
-                                 "Grupeaza dupa aceasta coloana", "Caseta de grupare", "Subsol",
-                                 "Elimina aceasta coloana", "Alegere coloane", "Latime optima",
-                                 "Latime optima (toate coloanele)"}));
+    QCOMPARE(texts, (QStringList{u"Sortare crescatoare"_s, u"Sortare descrescatoare"_s, u"Fara sortare"_s,
+                                 u"Grupeaza dupa aceasta coloana"_s, u"Caseta de grupare"_s, u"Subsol"_s,
+                                 u"Elimina aceasta coloana"_s, u"Alegere coloane"_s, u"Latime optima"_s,
+                                 u"Latime optima (toate coloanele)"_s}));
     act(menu.get(), "actSortDesc")->trigger();
     QCOMPARE(f.m->column(cont).sortOrder, SortOrder::Descending);
     act(menu.get(), "actGroupBy")->trigger();
