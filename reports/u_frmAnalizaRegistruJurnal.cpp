@@ -71,7 +71,7 @@ rep::ReportDesc TfrmAnalizaRegistruJurnal::description()
     // Whole months on the server; what was typed stays in the editors.
     d.params = {{QStringLiteral("pDataIncep"), rep::kFromEditor, rep::DateConv::MonthStart},
                 {QStringLiteral("pDataSf"), rep::kToEditor, rep::DateConv::MonthEnd}};
-    d.steps = {rep::RunStep::checkPeriodFilled(QStringLiteral("Alegeti Perioada Dorita!")),
+    d.steps = {rep::RunStep::checkPeriodFilled(rep::choosePeriodText()),
                rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};
 
     // The headers show the field names.

@@ -185,7 +185,7 @@ rep::ReportDesc TfrmFisaDeContAnalitica::description()
     d.params = {{QStringLiteral("pConts"), QStringLiteral("cxButtonEdit1"), rep::DateConv::AsIs}};
     // The period row is posted before the query runs: the views read it.
     d.steps = {rep::RunStep::checkFilled({QStringLiteral("cxButtonEdit1")}, QStringLiteral("Alegeti Conts!")),
-               rep::RunStep::checkPeriodFilled(QStringLiteral("Alegeti Perioada Dorita!")),
+               rep::RunStep::checkPeriodFilled(rep::choosePeriodText()),
                rep::RunStep::postPeriodRow(rep::PeriodSource::Session, rep::DateConv::MonthStart,
                                            rep::DateConv::MonthEnd),
                rep::RunStep::closeQuery(), rep::RunStep::setParams(), rep::RunStep::openQuery()};

@@ -135,6 +135,13 @@ struct RunStep {
 
 QString stepName(StepKind kind);
 
+// The messages of the period checks, each report with its own.
+inline QString choosePeriodText() { return QStringLiteral("Alegeti Perioada Dorita!"); }
+inline QString selectPeriodText() { return QStringLiteral("Selectati perioada dorita!"); }
+
+// The text of a form's own period-row query.
+inline QString dataListSql() { return QStringLiteral("select *\nfrom data_list\n;"); }
+
 // The message of the same-month check.
 inline QString sameMonthText()
 {
@@ -235,6 +242,7 @@ struct ReportDesc {
     QString styleKey;         // empty: no style button
     QString styleButtonName = QStringLiteral("cxButton1");
     QList<ExportDesc> exports;
+    bool exportsBesideParams = false; // beside the parameter strip instead of under the grid
     bool statusBar = false;
 
     QSize size = QSize(1000, 650);

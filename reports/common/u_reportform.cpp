@@ -126,6 +126,8 @@ void TReportForm::buildForm()
         lbl->setObjectName(l.objectName);
         lbl->hide();
     }
+    if (m_desc.exportsBesideParams)
+        addExportButtons(top);
     top->addStretch(1);
 
     if (!m_desc.styleKey.isEmpty()) {
@@ -143,18 +145,9 @@ void TReportForm::buildForm()
     outer->addWidget(m_grid, 1);
 
     // ----- export buttons at the bottom left
-    if (!m_desc.exports.isEmpty()) {
+    if (!m_desc.exports.isEmpty() && !m_desc.exportsBesideParams) {
         auto *bottom = new QHBoxLayout;
-        for (const rep::ExportDesc &e : std::as_const(m_desc.exports)) {
-            auto *b = new QPushButton(e.caption, this);
-            b->setObjectName(e.objectName);
-            b->setAccessibleName(e.caption);
-            b->setProperty("exportKind", int(e.kind));
-            bottom->addWidget(b);
-            m_exports.append(b);
-            const rep::ExportKind k = e.kind;
-            connect(b, &QPushButton::clicked, this, [this, k] { ui::guarded([this, k] { exportKind(k); }); });
-        }
+        addExportButtons(bottom);
         bottom->addStretch(1);
         outer->addLayout(bottom);
     }
@@ -166,6 +159,20 @@ void TReportForm::buildForm()
         outer->addWidget(m_statusBar);
     } else {
         outer->addSpacing(4);
+    }
+}
+
+void TReportForm::addExportButtons(QBoxLayout *into)
+{
+    for (const rep::ExportDesc &e : std::as_const(m_desc.exports)) {
+        auto *b = new QPushButton(e.caption, this);
+        b->setObjectName(e.objectName);
+        b->setAccessibleName(e.caption);
+        b->setProperty("exportKind", int(e.kind));
+        into->addWidget(b, 0, Qt::AlignTop);
+        m_exports.append(b);
+        const rep::ExportKind k = e.kind;
+        connect(b, &QPushButton::clicked, this, [this, k] { ui::guarded([this, k] { exportKind(k); }); });
     }
 }
 

@@ -101,6 +101,7 @@ protected:
 private:
     void buildForm();
     void buildGrid();
+    void addExportButtons(QBoxLayout *into);
     void wireEditor(const rep::EditorDesc &e, QWidget *w);
     void doExport(const rep::ExportDesc &e);
 

@@ -31,6 +31,12 @@ struct SqlDigest {
 const SqlDigest kDigests[] = {
     {"frmFisaDeContAnalitica", "62d98a5e58c45837fd8ee825f0647a1778cde838be0bb9bebd33e6a426e8f318"},
     {"frmAnalizaRegistruJurnal", "ac7dbf899841a95f07b27255d3133ed3168f1b9be3c6b42936cc2b1a464a5efa"},
+    {"frmAnalizaContabilaDetaliata", "e115bb40637f2661783389cb79e6894c4ee13d3b2b38c160721835430a58cdf4"},
+    {"frmContareDocumente", "3d4f8d9593f3a7bde77eb2f9d888f715c666dd8074b1f39a4073c8469fda8369"},
+    {"frmCheltVenPeComenziFaraRegii", "370b485774420565e28ebb6d156b64cbce187fee6bfa27c3e3548d1c26c70c85"},
+    {"frmAnaliza_Profitabilitate", "b15d628ef5385c80d4ba409ef2075a807241f963c9df331a4693723e64f39ba8"},
+    {"frmVerifDecontTurism", "94e3806112b2c8e0f8c94486f5ccb411cf7281d1653c597fcc4f03d3a6a9502e"},
+    {"frmAnalizaPostcalcul", "1625b977e9003f64ac7ca92a814e5830984af3ff0bcb5a266968c80246bb77fd"},
 };
 
 QString digestOf(const QString &sql)
