@@ -278,7 +278,9 @@ private:
         if (cs.kind == ColumnKind::Date)
             fmt = spreadsheetDateFormat(cs.c.displayFormat.isEmpty() ? QStringLiteral("dd.MM.yyyy") : cs.c.displayFormat);
         else if (cs.kind == ColumnKind::DateTime)
-            fmt = spreadsheetDateFormat(cs.c.displayFormat.isEmpty() ? QStringLiteral("dd.MM.yyyy hh:mm:ss") : cs.c.displayFormat);
+            // The milliseconds the grid shows stay visible in the workbook.
+            fmt = spreadsheetDateFormat(cs.c.displayFormat.isEmpty() ? QStringLiteral("dd.MM.yyyy hh:mm:ss.zzz")
+                                                                     : cs.c.displayFormat);
         else if (cs.kind == ColumnKind::Number)
             fmt = cs.numFmt.spreadsheetFormat();
         return format(fmt, bold);
@@ -357,8 +359,20 @@ private:
             return;
         }
         case db::FieldType::Float:
-        case db::FieldType::Int32:
-        case db::FieldType::Int64: worksheet_write_number(m_ws, m_row, lxw_col_t(i), c.asDouble(row), f); return;
+        case db::FieldType::Int32: worksheet_write_number(m_ws, m_row, lxw_col_t(i), c.asDouble(row), f); return;
+        case db::FieldType::Int64: {
+            // A spreadsheet number is a double: past 2^53 it would round, so
+            // such an identifier is written as its exact digits.
+            const qint64 v = c.asInt64(row);
+            constexpr qint64 kExact = qint64(1) << 53;
+            if (v > kExact || v < -kExact) {
+                m_scratch = std::to_string(v);
+                worksheet_write_string(m_ws, m_row, lxw_col_t(i), m_scratch.c_str(), f);
+            } else {
+                worksheet_write_number(m_ws, m_row, lxw_col_t(i), double(v), f);
+            }
+            return;
+        }
         case db::FieldType::Date:
             worksheet_write_number(m_ws, m_row, lxw_col_t(i), double(c.asInt64(row) - kExcelEpochJulianDay), f);
             return;

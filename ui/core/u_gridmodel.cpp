@@ -132,7 +132,11 @@ QDateTime wallClock(qint64 ms)
 
 QString dateTimeText(qint64 ms, const QString &fmt)
 {
-    return wallClock(ms).toString(fmt.isEmpty() ? QStringLiteral("dd.MM.yyyy hh:mm:ss") : fmt);
+    if (!fmt.isEmpty())
+        return wallClock(ms).toString(fmt);
+    // Fractions of a second are shown when the value has them, never dropped.
+    return wallClock(ms).toString(ms % 1000 == 0 ? QStringLiteral("dd.MM.yyyy hh:mm:ss")
+                                                 : QStringLiteral("dd.MM.yyyy hh:mm:ss.zzz"));
 }
 
 void append2(QByteArray &out, int v)
@@ -1296,8 +1300,10 @@ QVariant GridModel::Impl::summaryValue(const GridSummary &s, const Agg *a) const
     const ColumnKind k = kindOf(t);
     if (s.kind == SummaryKind::Count)
         return QVariant(qlonglong(a->count));
+    // A sum over no values of a result is zero: an empty result shows 0 under
+    // its money column; before any result the footer stays empty.
     if (a->count == 0)
-        return {};
+        return s.kind == SummaryKind::Sum && k == ColumnKind::Number && ds->isActive() ? QVariant(0.0) : QVariant();
     if (k == ColumnKind::Text || k == ColumnKind::Bytes)
         return {};
     switch (s.kind) {
