@@ -449,7 +449,9 @@ cross join per
 left join tot t on t.conts = a.conts and t.conta = a.conta;
 
 -- Post-calculation ledger: expense (class 6) and revenue (class 7) lines of
--- the period that enter post-calculation, with their order and object.
+-- the period that enter post-calculation, with their order and object. The
+-- production handed to stock and its discharge (711) are a change in stocks,
+-- neither an expense nor a revenue: they count in the profit only.
 create view view_postc_rulaj_det as
 with per as (select data_incep, data_sf from data_list limit 1)
 select c.explicatie,
@@ -479,7 +481,7 @@ select c.explicatie,
        x.chelt_ven,
        case when x.chelt_ven = 'Cheltuieli' then x.valoare_lei else 0 end::double precision as cheltuieli_lei,
        case when x.chelt_ven = 'Venituri' then x.valoare_lei else 0 end::double precision   as venituri_lei,
-       case when x.chelt_ven = 'Venituri' then x.valoare_lei else -x.valoare_lei end::double precision as profit_lei,
+       case when x.chelt_ven = 'Cheltuieli' then -x.valoare_lei else x.valoare_lei end::double precision as profit_lei,
        case when c.conts = '641' then round((c.valoare_lei / 45.0)::numeric, 2)::double precision end as ore,
        case when c.conts = '641' then 1.0::double precision end as coef_ore,
        case when c.com_int is null then 'FARACMD' end::varchar(7) as eroare,
@@ -493,8 +495,9 @@ select c.explicatie,
        a.grupa_articol,
        o.tip_obiect_urm_chelt,
        k.emitent_com_int                                 as emitent,
-       case when x.chelt_ven = 'Cheltuieli' then 'Total cheltuieli'
-            else 'Total venituri' end::varchar(25)       as gr_chelt_ven_postc_sup,
+       case x.chelt_ven when 'Cheltuieli' then 'Total cheltuieli'
+                        when 'Venituri' then 'Total venituri'
+                        else 'Total variatie stoc' end::varchar(25) as gr_chelt_ven_postc_sup,
        (x.chelt_ven = 'Cheltuieli')                      as da_nu_chelt_postc,
        substr(c.loc, 1, 2)::varchar(2)                   as loc1,
        substr(c.loc, 4, 2)::varchar(2)                   as loc2,
@@ -507,6 +510,7 @@ from doc_contare c
 cross join per
 cross join lateral (
     select case when c.conts like '6%' then cast('Cheltuieli' as varchar(15))
+                when c.conts = '711' then cast('Variatie stoc' as varchar(15))
                 else cast('Venituri' as varchar(15)) end as chelt_ven,
            -- expenses count on the debit side, revenues on the credit side
            case when (c.conts like '6%') = (c.deb_cred = 'D') then c.valoare_lei

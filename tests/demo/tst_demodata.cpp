@@ -1,6 +1,7 @@
 // The demo books: the generator loads, the register balances, balances
 // carry from one period to the next through the views, the views have the
-// columns the analyses read, and the analyses' SQL runs on them.
+// columns the analyses read, the analyses' SQL runs on them, and every month
+// gives the one-month analyses rows of every kind they tell apart.
 
 #include "db/u_error.h"
 #include "reports/u_frmAnalizaRegistruJurnal.h"
@@ -104,6 +105,20 @@ const char *const kClosing =
     "       from view_contab_rulaj_reg_per) as m"
     " group by conts, conta";
 
+// The months of the demo period for which monthsSql (one column: the first
+// day of each month that has what is looked for) gives nothing, as
+// "YYYY-MM YYYY-MM ..."; empty when every month has it.
+QString monthsWithout(const QString &monthsSql)
+{
+    setPeriod("2025-01-01", "2026-11-30");
+    return pg().scalar(QStringLiteral(
+                           "select coalesce(string_agg(to_char(m, 'YYYY-MM'), ' ' order by m), '')"
+                           " from generate_series(date '2025-01-01', date '2026-11-01', interval '1 month') as m"
+                           " where m::date not in (select d::date from (%1) as s(d))")
+                           .arg(monthsSql))
+        .toString();
+}
+
 const char *const kOpening =
     "select conts, conta, round((sold_db - sold_cr)::numeric, 2) as net,"
     "       round((sold_db_lei - sold_cr_lei)::numeric, 2) as net_lei"
@@ -120,6 +135,10 @@ private slots:
     void viewColumns();
     void accountSheetRuns();
     void journalRegisterRuns();
+    // Every month of the demo feeds the analyses that work on one month.
+    void documentAccountingEveryMonth();
+    void postCalculationEveryMonth();
+    void tourismSettlementsEveryMonth();
     void generationIsDeterministic();
 };
 
@@ -285,6 +304,101 @@ void TestDemoData::journalRegisterRuns()
         QVERIFY(count(QStringLiteral("select count(*) from t_reg where tip_doc = 'NotaC'"
                                      " and data_inregistrare = data_reg_jurnal and data_inregistrare <> data_doc")) > 0);
         QCOMPARE(count(QStringLiteral("select count(*) from t_reg where tip_doc <> 'NotaC' and data_inregistrare <> data_doc")), 0);
+    } catch (const QuarvError &e) {
+        QFAIL(qPrintable(e.text()));
+    }
+}
+
+void TestDemoData::documentAccountingEveryMonth()
+{
+    try {
+        // Sales channels on invoice lines, budget chapters on both sides and on
+        // one side, each of the three error texts, validated and held-back documents.
+        QCOMPARE(monthsWithout(QStringLiteral(
+                     "select date_trunc('month', v.data_doc) from view_contab_det v"
+                     " join conta a on a.conts = v.conts and a.conta = v.conta"
+                     " join conta b on b.conts = v.conts_coresp and b.conta = v.conta_coresp"
+                     " join doc d on d.data_doc = v.data_doc and d.tip_doc = v.tip_doc and d.nr_doc = v.nr_doc"
+                     " left join doc_poz p on p.data_doc = v.data_doc and p.tip_doc = v.tip_doc"
+                     "  and p.nr_doc = v.nr_doc and p.scv = v.scv and p.tip_doc = 'FactCI'"
+                     " left join canal_vanzare k on k.canal_vanzare = p.canal_vanzare"
+                     " group by 1"
+                     " having bool_or(k.gr_canal_vanzare is not null and p.tara_vanzare is not null)"
+                     "  and bool_or(a.capitol_bugetar is not null and b.capitol_bugetar is not null)"
+                     "  and bool_or((a.capitol_bugetar is null) <> (b.capitol_bugetar is null))"
+                     "  and bool_or(v.eroare1 is not null) and bool_or(v.eroare2 is not null)"
+                     "  and bool_or(v.eroare3 is not null)"
+                     "  and bool_or(d.da_nu_validat_contabil) and bool_or(not d.da_nu_validat_contabil)")),
+                 QString());
+    } catch (const QuarvError &e) {
+        QFAIL(qPrintable(e.text()));
+    }
+}
+
+void TestDemoData::postCalculationEveryMonth()
+{
+    try {
+        // Expenses, revenues and a third kind; own, partners' and no objects,
+        // object numbers with no, one and two hyphens; lines with and without
+        // article detail and with neither article nor explanation.
+        QCOMPARE(monthsWithout(QStringLiteral(
+                     "select date_trunc('month', v.data_doc) from view_postc_rulaj_det v"
+                     " left join obiect_urm_chelt o on o.nr_obiect = v.nr_obiect"
+                     " group by 1"
+                     " having bool_or(v.chelt_ven like '%Cheltuieli%') and bool_or(v.chelt_ven like '%Venituri%')"
+                     "  and bool_or(v.chelt_ven not like '%Cheltuieli%' and v.chelt_ven not like '%Venituri%')"
+                     "  and bool_or(v.nr_obiect is null) and bool_or(o.partener is not null)"
+                     "  and bool_or(v.nr_obiect is not null and o.partener is null)"
+                     "  and bool_or(strpos(v.nr_obiect, '-') = 0)"
+                     "  and bool_or(v.nr_obiect like '%-%' and v.nr_obiect not like '%-%-%')"
+                     "  and bool_or(v.nr_obiect like '%-%-%')"
+                     "  and bool_or(v.detaliu_articol is not null) and bool_or(v.articol is not null and v.detaliu_articol is null)"
+                     "  and bool_or(v.articol is null and v.explicatie is null)"
+                     "  and bool_or(v.com_int_sup is not null)")),
+                 QString());
+        // An expense counts as a cost, a revenue as a revenue, any other kind
+        // (a change in stocks) in the profit only.
+        QCOMPARE(count(QStringLiteral(
+                     "select count(*) from view_postc_rulaj_det where not ("
+                     " cheltuieli_lei = case when chelt_ven = 'Cheltuieli' then valoare_lei else 0 end"
+                     " and venituri_lei = case when chelt_ven = 'Venituri' then valoare_lei else 0 end"
+                     " and profit_lei = case when chelt_ven = 'Cheltuieli' then -valoare_lei else valoare_lei end"
+                     " and da_nu_chelt_postc = (chelt_ven = 'Cheltuieli'))")),
+                 0);
+    } catch (const QuarvError &e) {
+        QFAIL(qPrintable(e.text()));
+    }
+}
+
+void TestDemoData::tourismSettlementsEveryMonth()
+{
+    try {
+        // Several settlements, VAT included at two rates at least and an
+        // exempt line, currency lines with their rate, commissions, ids that a
+        // double cannot hold and timestamps with fractions of a second.
+        QCOMPARE(monthsWithout(QStringLiteral(
+                     "select date_trunc('month', data_doc) from view_verif_tva_inclus"
+                     " group by 1"
+                     " having count(distinct com_int) >= 2"
+                     "  and count(distinct proc_tva_inclus) filter (where da_nu_servicii_turism) >= 2"
+                     "  and bool_or(proc_tva = 0 and da_nu_servicii_turism)"
+                     "  and bool_or(moneda <> 'RON' and curs <> 1) and bool_or(comision_calculat > 0)"
+                     "  and bool_or(doc_poz_id_ext::float8::bigint <> doc_poz_id_ext)"
+                     "  and bool_or(doc_id_ext::float8::bigint <> doc_id_ext)"
+                     "  and bool_or(date_trunc('second', data_crono) <> data_crono)"
+                     "  and bool_or(date_trunc('second', data_confirmare_decont) <> data_confirmare_decont)")),
+                 QString());
+        // Each month a supplier document is split over two settlements...
+        QCOMPARE(monthsWithout(QStringLiteral(
+                     "select date_trunc('month', data_doc) from view_verif_tva_inclus"
+                     " where urm_plata and venituri_doc = 0"
+                     " group by data_doc, tip_doc, nr_doc having count(distinct com_int) >= 2")),
+                 QString());
+        // ... and every settlement has its revenue and a separate supplier document.
+        QCOMPARE(count(QStringLiteral(
+                     "select count(*) from (select com_int from view_verif_tva_inclus group by com_int"
+                     " having not bool_or(venituri > 0) or not bool_or(cheltuieli > 0 and venituri_doc = 0)) as s")),
+                 0);
     } catch (const QuarvError &e) {
         QFAIL(qPrintable(e.text()));
     }
