@@ -142,12 +142,13 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, canal_vanzare, tar
   ('2024-03-05', 'FactCI', '1', 1, 'Paine', 'Online', 'ROU'), ('2024-03-20', 'NIR', '7', 1, 'Faina', 'Online', 'ROU'),
   ('2024-04-02', 'FactCI', '2', 1, 'Paine', null, null);
 insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, conta, conts_coresp, conta_coresp, moneda,
-                         moneda_coresp, valoare, valoare_lei, valoare_coresp, deb_cred, data_contare, explicatie, partener) values
+                         moneda_coresp, valoare, valoare_lei, valoare_coresp, deb_cred, data_contare, explicatie, partener,
+                         reprezentind) values
   ('2024-03-05', 'FactCI', '1', 1, 1, '4111', 'A', '707', 'V', 'RON', 'RON', 1000, 1000, 1000, 'D', '2024-03-05',
-   E'vanzare\t"paine"\nsi cozonac', 'ACME'),
-  ('2024-03-05', 'FactCI', '1', 1, 2, '707', 'V', '4111', 'A', 'RON', 'RON', 1000, 1000, 1000, 'C', '2024-03-05', 'vanzare', 'ACME'),
-  ('2024-03-20', 'NIR', '7', 1, 1, '371', 'M', '401', 'F', 'RON', 'RON', 234.5, 234.5, 234.5, 'D', '2024-03-20', 'receptie', 'Furn'),
-  ('2024-04-02', 'FactCI', '2', 1, 1, '4111', 'A', '707', 'V', 'RON', 'RON', 50, 50, 50, 'D', '2024-04-02', 'aprilie', 'ACME');
+   'vanzare', 'ACME', E'vanzare\t"paine"\nsi cozonac'),
+  ('2024-03-05', 'FactCI', '1', 1, 2, '707', 'V', '4111', 'A', 'RON', 'RON', 1000, 1000, 1000, 'C', '2024-03-05', 'vanzare', 'ACME', null),
+  ('2024-03-20', 'NIR', '7', 1, 1, '371', 'M', '401', 'F', 'RON', 'RON', 234.5, 234.5, 234.5, 'D', '2024-03-20', 'receptie', 'Furn', null),
+  ('2024-04-02', 'FactCI', '2', 1, 1, '4111', 'A', '707', 'V', 'RON', 'RON', 50, 50, 50, 'D', '2024-04-02', 'aprilie', 'ACME', null);
 )"));
     }
 
@@ -312,6 +313,8 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         QCOMPARE(dlg.askedFilters, QStringList({QStringLiteral("*.csv"), QStringLiteral("*.xlsx")}));
         const QString text = readText(c);
         QVERIFY2(text.startsWith(QStringLiteral("\"conts_db\"\t\"conta_db\"\t\"conts_cr\"")), qPrintable(text.left(80)));
+        // Inside its quotes the value keeps its tab and line break; its quotes are doubled.
+        QVERIFY(text.contains(QStringLiteral("\t\"vanzare\t\"\"paine\"\"\nsi cozonac\"\t")));
         QVERIFY(m_msg->errors.isEmpty());
         const Unzipped z(x);
         const QByteArray sheet = z.entry("xl/worksheets/sheet1.xml");
@@ -338,6 +341,7 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
                        detaliu_articol, explicatie, chelt_ven, valoare_lei, emitent_doc, cant) values
   ('2024-01-20', 'NIR', '1', 1, 'CMD1', '01.02', 'A-B-C', 'Utilaj', 'Faina', 'alba', 'e1', 'Alte Cheltuieli', 100, 'E1', 2),
   ('2024-03-02', 'FACT', '2', 1, 'CMD1', null, 'OB1', 'Client', 'Paine', null, 'Fara detaliu', 'Venituri', 40, 'E1', null),
+  ('2024-04-02', 'FACT', '6', 1, 'CMD1', null, null, null, null, null, E'tab\t"ghilimele"\nrand', 'Venituri', 1, 'E1', null),
   ('2024-03-05', 'NIR', '3', 1, 'CMD2', '01.02', null, null, null, null, null, 'cheltuieli mici', 7, 'E1', null),
   ('2024-03-06', 'NIR', '4', 1, 'CMD2', '01.02', 'OB1', 'Client', 'Sare', 'fina', 'e4', 'Neutru', 5, 'E1', null),
   ('2024-03-07', 'NIR', '5', 1, 'CMD2', '01.02', 'OB1', 'Client', 'Apa', 'plata', 'e5', 'Cheltuieli', null, 'E1', null);
@@ -396,6 +400,11 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         QCOMPARE(dlg.askedNames, QStringList({m_docs.path() + QStringLiteral("/CheltVenPeComnezi.csv"),
                                               m_docs.path() + QStringLiteral("/CheltVenPeComnezi.xlsx")}));
         QVERIFY(readText(m_docs.filePath(QStringLiteral("o.csv"))).contains(QStringLiteral("\"Fara detaliu\"")));
+        setPeriod(&o, d("2024-04-01"), d("2024-04-30"));
+        o.Cauta();
+        dlg.answers << m_docs.filePath(QStringLiteral("o4.csv"));
+        o.exportButton(rep::ExportKind::GridText)->click();
+        QVERIFY(readText(m_docs.filePath(QStringLiteral("o4.csv"))).contains(QStringLiteral("\"tab\t\"\"ghilimele\"\"\nrand\"")));
         QVERIFY(Unzipped(m_docs.filePath(QStringLiteral("o.xlsx"))).entry("xl/worksheets/sheet1.xml").contains("<v>40</v>"));
 
         // Profitability: whole months over a span, no month test, the query only opened.
