@@ -1,7 +1,8 @@
 #include "app/u_frmLogin.h"
 
-#include "session/u_dmQuarv.h"
 #include "db/u_memtable.h"
+#include "reports/core/u_signin.h"
+#include "session/u_dmQuarv.h"
 #include "ui/u_dbcontrols.h"
 #include "ui/u_messages.h"
 
@@ -247,19 +248,13 @@ void TfrmLogin::btnConnectClick()
         conn->setHost(profileValue(kIp).toString());
         conn->setPort(profileValue(kPort).toInt()); // an empty cell is port 0
         conn->setDatabase(profileValue(kDataBase).toString());
-        conn->setUserName(QStringLiteral("quarv"));
-        conn->setPassword(QStringLiteral("kadrim"));
+        conn->setUserName(rep::databaseUser());
+        conn->setPassword(rep::databasePassword());
         conn->open();
 
-        db::Query *q = dmQuarv->dsEmitent;
-        q->setParam(QStringLiteral("pEmitent"), profileValue(kUser).toString());
-        q->setParam(QStringLiteral("pParola"), edtPassword->text());
-        q->open();
         {
-            CloseOnExit closer{q};
-            // Unknown issuer, wrong password and duplicate rows are refused alike.
-            if (q->rowCount() != 1)
-                throw QuarvError(QStringLiteral("Eroare la conectare"));
+            CloseOnExit closer{dmQuarv->dsEmitent};
+            rep::checkIssuer(*dmQuarv->dsEmitent, profileValue(kUser).toString(), edtPassword->text());
             dmQuarv->emitent = profileValue(kUser).toString();
             accept();
         }

@@ -1,10 +1,8 @@
 #pragma once
-// Detailed accounting analysis: every posting line of a period, as the view
-// view_contab_det returns it. The period goes to the server through the
-// form's own data_list query, written exactly as the editors hold it (their
-// exit handlers already moved it to month boundaries); the view then reads it.
+// The form of the detailed accounting analysis, over rep::AnalizaContabilaDetaliata::description().
 
 #include "reports/common/u_reportform.h"
+#include "reports/core/u_reports.h"
 
 class TfrmAnalizaContabilaDetaliata : public TReportForm {
     Q_OBJECT
@@ -12,8 +10,8 @@ public:
     explicit TfrmAnalizaContabilaDetaliata(QWidget *parent = nullptr);
 
     // Text of dsViewContabDet, sent as it stands.
-    static QString sqlViewContabDet();
-    static rep::ReportDesc description();
+    static QString sqlViewContabDet() { return rep::AnalizaContabilaDetaliata::sql(); }
+    static rep::ReportDesc description() { return rep::AnalizaContabilaDetaliata::description(); }
 
     db::Query *dsViewContabDet = nullptr;
 };

@@ -1,12 +1,8 @@
 #pragma once
-// Post-calculation analysis: every post-calculation line joined to its
-// cost-tracking object and its issuer, the lei value split into expense,
-// revenue and signed profit, ordered by object type, object, article and
-// document. The program never creates this form (the menu entry reports the
-// missing form); the description is complete all the same: one whole month,
-// written through the session's period row before the query opens.
+// The form of the post-calculation analysis, over rep::AnalizaPostcalcul::description().
 
 #include "reports/common/u_reportform.h"
+#include "reports/core/u_reports.h"
 
 class TfrmAnalizaPostcalcul : public TReportForm {
     Q_OBJECT
@@ -14,8 +10,8 @@ public:
     explicit TfrmAnalizaPostcalcul(QWidget *parent = nullptr);
 
     // Text of dsViewPostcRulDet, sent as it stands.
-    static QString sqlViewPostcRulDet();
-    static rep::ReportDesc description();
+    static QString sqlViewPostcRulDet() { return rep::AnalizaPostcalcul::sql(); }
+    static rep::ReportDesc description() { return rep::AnalizaPostcalcul::description(); }
 
     db::Query *dsViewPostcRulDet = nullptr;
 };

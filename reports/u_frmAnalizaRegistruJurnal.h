@@ -1,10 +1,8 @@
 #pragma once
-// Journal register analysis: the register entries of whole months, with the
-// document's partner, its journal and an English description of each entry.
-// The period travels as the bound parameters pDataIncep/pDataSf, widened to
-// whole months at run time; the editors keep the dates as typed.
+// The form of the journal register analysis, over rep::AnalizaRegistruJurnal::description().
 
 #include "reports/common/u_reportform.h"
+#include "reports/core/u_reports.h"
 
 class TfrmAnalizaRegistruJurnal : public TReportForm {
     Q_OBJECT
@@ -12,8 +10,8 @@ public:
     explicit TfrmAnalizaRegistruJurnal(QWidget *parent = nullptr);
 
     // Text of dsAnalizaRegistruJurnal, sent as it stands.
-    static QString sqlAnalizaRegistruJurnal();
-    static rep::ReportDesc description();
+    static QString sqlAnalizaRegistruJurnal() { return rep::AnalizaRegistruJurnal::sql(); }
+    static rep::ReportDesc description() { return rep::AnalizaRegistruJurnal::description(); }
 
     db::Query *dsAnalizaRegistruJurnal = nullptr;
 };

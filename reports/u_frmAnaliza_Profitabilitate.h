@@ -1,10 +1,8 @@
 #pragma once
-// Profitability analysis: the post-calculation ledger of whole months over
-// any span. The period row is written through the session's period row; the
-// query is only opened, never closed or re-run, so a second run changes the
-// period on the server and leaves the grid as it was.
+// The form of the profitability analysis, over rep::Analiza_Profitabilitate::description().
 
 #include "reports/common/u_reportform.h"
+#include "reports/core/u_reports.h"
 
 class TfrmAnaliza_Profitabilitate : public TReportForm {
     Q_OBJECT
@@ -12,8 +10,8 @@ public:
     explicit TfrmAnaliza_Profitabilitate(QWidget *parent = nullptr);
 
     // Text of dsPostcalculRulaj, sent as it stands.
-    static QString sqlPostcalculRulaj();
-    static rep::ReportDesc description();
+    static QString sqlPostcalculRulaj() { return rep::Analiza_Profitabilitate::sql(); }
+    static rep::ReportDesc description() { return rep::Analiza_Profitabilitate::description(); }
 
     db::Query *dsPostcalculRulaj = nullptr;
 };

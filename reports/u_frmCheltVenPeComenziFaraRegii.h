@@ -1,10 +1,8 @@
 #pragma once
-// Expenses and revenues by order, without distributed overheads: the
-// post-calculation ledger of one calendar month. Both dates must lie in one
-// month; the whole month is written through the session's period row, under
-// the hourglass, between closing and opening the query.
+// The form of expenses and revenues by order, over rep::CheltVenPeComenziFaraRegii::description().
 
 #include "reports/common/u_reportform.h"
+#include "reports/core/u_reports.h"
 
 class TfrmCheltVenPeComenziFaraRegii : public TReportForm {
     Q_OBJECT
@@ -12,8 +10,8 @@ public:
     explicit TfrmCheltVenPeComenziFaraRegii(QWidget *parent = nullptr);
 
     // Text of dsPostcalculRulaj, sent as it stands.
-    static QString sqlPostcalculRulaj();
-    static rep::ReportDesc description();
+    static QString sqlPostcalculRulaj() { return rep::CheltVenPeComenziFaraRegii::sql(); }
+    static rep::ReportDesc description() { return rep::CheltVenPeComenziFaraRegii::description(); }
 
     db::Query *dsPostcalculRulaj = nullptr;
 };

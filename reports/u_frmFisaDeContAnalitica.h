@@ -1,10 +1,8 @@
 #pragma once
-// Analytic account sheet: for one synthetic account and whole months, every
-// analytic account with its opening balance and the postings of the period,
-// each row with the running balance after it. The period reaches the server
-// through the session's period row (dmQuarv->dsDataList), which the views read.
+// The form of the analytic account sheet, over rep::FisaDeContAnalitica::description().
 
 #include "reports/common/u_reportform.h"
+#include "reports/core/u_reports.h"
 
 class QFrame;
 
@@ -14,8 +12,8 @@ public:
     explicit TfrmFisaDeContAnalitica(QWidget *parent = nullptr);
 
     // Text of dsFisaContAnalitic, sent as it stands.
-    static QString sqlFisaContAnalitic();
-    static rep::ReportDesc description();
+    static QString sqlFisaContAnalitic() { return rep::FisaDeContAnalitica::sql(); }
+    static rep::ReportDesc description() { return rep::FisaDeContAnalitica::description(); }
 
     // The ellipsis of cxButtonEdit1: the synthetic-account picker.
     void cxButtonEdit1PropertiesButtonClick();

@@ -1,11 +1,8 @@
 #pragma once
-// Tourism settlement check: the document lines of the tourism settlements of
-// a period within one month, with their VAT treatment, commissions and
-// supplier data, ordered by settlement. The two dates are written exactly as
-// chosen through the form's own data_list query, then the view is read under
-// the hourglass; an open result is re-run.
+// The form of the tourism settlement check, over rep::VerifDecontTurism::description().
 
 #include "reports/common/u_reportform.h"
+#include "reports/core/u_reports.h"
 
 class TfrmVerifDecontTurism : public TReportForm {
     Q_OBJECT
@@ -13,8 +10,8 @@ public:
     explicit TfrmVerifDecontTurism(QWidget *parent = nullptr);
 
     // Text of dsViewVerifTvaInclus, sent as it stands.
-    static QString sqlViewVerifTvaInclus();
-    static rep::ReportDesc description();
+    static QString sqlViewVerifTvaInclus() { return rep::VerifDecontTurism::sql(); }
+    static rep::ReportDesc description() { return rep::VerifDecontTurism::description(); }
 
     db::Query *dsViewVerifTvaInclus = nullptr;
 };

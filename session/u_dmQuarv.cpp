@@ -1,5 +1,7 @@
 #include "session/u_dmQuarv.h"
 
+#include "reports/core/u_signin.h"
+
 #include <QFont>
 
 TdmQuarv *dmQuarv = nullptr;
@@ -34,12 +36,7 @@ const char kMenuSql[] =
     "         nivel, \n"
     "         scv; ";
 
-const char kEmitentSql[] =
-    "select *\n"
-    "from emitent\n"
-    "where emitent = :pEmitent\n"
-    "  and operator_parola  = :pParola\n"
-    ";";
+;
 
 const char kDataListSql[] =
     "select * \n"
@@ -134,7 +131,7 @@ TdmQuarv::TdmQuarv(QObject *parent) : QObject(parent)
     dsEmitent = new db::Query(this);
     dsEmitent->setObjectName(QStringLiteral("dsEmitent"));
     dsEmitent->setConnection(pgConn);
-    dsEmitent->setSql(QString::fromUtf8(kEmitentSql));
+    dsEmitent->setSql(rep::issuerCheckSql());
 
     dsDataList = new db::Query(this);
     dsDataList->setObjectName(QStringLiteral("dsDataList"));

@@ -2,6 +2,7 @@
 
 #include "session/u_dmQuarv.h"
 #include "ui/u_platform.h"
+#include "reports/core/u_stylestore.h"
 #include "ui/core/u_gridlayout.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
@@ -23,19 +24,7 @@ TfrmGridStyle *frmGridStyle = nullptr;
 
 namespace {
 
-const char kStyleSql[] =
-    "select grid_name,\n"
-    "       style_name,\n"
-    "       data_creare,\n"
-    "       emitent,\n"
-    "       grid_style_string,\n"
-    "       discontinued,\n"
-    "       grid_style_bytea,\n"
-    "       grid_Style_lo\n"
-    "from grid_style \n"
-    "where grid_name = :pGrid \n"
-    "order by style_name\n"
-    ";";
+;
 
 QString sessionIssuer()
 {
@@ -52,9 +41,9 @@ void requireOwner(const db::DataSet &ds, const QString &message)
 
 } // namespace
 
-const char *TfrmGridStyle::sql()
+QString TfrmGridStyle::sql()
 {
-    return kStyleSql;
+    return rep::gridStyleSql();
 }
 
 QString TfrmGridStyle::layoutFilePath()
@@ -71,7 +60,7 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
 
     ds_style = new db::Query(this);
     ds_style->setObjectName(QStringLiteral("ds_style"));
-    ds_style->setSql(QString::fromUtf8(kStyleSql));
+    ds_style->setSql(rep::gridStyleSql());
     ds_style->setUpdateTable(QStringLiteral("grid_style"));
     ds_style->setDeferredBlobs(true);
     ds_style->onNewRecord = [this](db::DataSet &ds) {

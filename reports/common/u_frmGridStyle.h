@@ -41,7 +41,7 @@ public:
     QPushButton *btnSalveaza = nullptr;
     QPushButton *btnRestaureaza = nullptr;
 
-    static const char *sql();          // ds_style's statement, verbatim
+    static QString sql();              // ds_style's statement, verbatim
     // caleDocumente + "\grid.ini" (the backslash is the separator outside Windows).
     static QString layoutFilePath();
 

@@ -3,6 +3,7 @@
 #include "db/u_textmover.h"
 #include "reports/common/u_frmGridStyle.h"
 #include "reports/common/u_wrapbutton.h"
+#include "reports/core/u_reportrun.h"
 #include "session/u_dmQuarv.h"
 #include "ui/core/u_gridexport.h"
 #include "ui/u_buttonedit.h"
@@ -298,6 +299,35 @@ void TReportForm::setStatusText(const QString &text)
 
 // ----- run
 
+// The run steps over this form: its editors, its queries, the message
+// service, the hourglass (with a repaint, so the window shows the busy state).
+class TReportForm::FormRunHost : public rep::RunHost {
+public:
+    explicit FormRunHost(TReportForm &f) : m_f(f) {}
+    QDate date(const QString &editor) const override { return m_f.editorDate(editor); }
+    QString text(const QString &editor) const override { return m_f.editorText(editor); }
+    bool isEmpty(const QString &editor) const override
+    {
+        if (ui::DateEdit *de = m_f.dateEdit(editor))
+            return de->isEmpty();
+        return m_f.editorText(editor).isEmpty();
+    }
+    db::Query &query() override { return *m_f.m_query; }
+    db::Query &periodRow(rep::PeriodSource source) override { return m_f.periodRow(source); }
+    void inform(const QString &message) override { ui::messages().information(message, &m_f); }
+    void beginBusy() override
+    {
+        m_busy.emplace();
+        m_f.repaint();
+    }
+    void endBusy() override { m_busy.reset(); }
+    void customStep(const QString &name) override { m_f.runCustomStep(name); }
+
+private:
+    TReportForm &m_f;
+    std::optional<ui::WaitCursor> m_busy;
+};
+
 void TReportForm::Cauta()
 {
     if (m_query->connection() == nullptr && dmQuarv) {
@@ -308,99 +338,30 @@ void TReportForm::Cauta()
     if (m_ownDataList && m_ownDataList->connection() == nullptr && dmQuarv)
         m_ownDataList->setConnection(dmQuarv->pgConn);
 
-    // Set by a BusyCursor step; its destructor puts the default cursor back
-    // on every way out of the run, errors included.
-    std::optional<ui::WaitCursor> busy;
-    for (const rep::RunStep &s : std::as_const(m_desc.steps)) {
-        if (s.kind == StepKind::BusyCursor) {
-            if (!busy) {
-                busy.emplace();
-                repaint();
-            }
-            continue;
-        }
-        if (!runStep(s))
-            return;
-    }
+    FormRunHost host(*this);
+    rep::runReport(m_desc, host);
 }
 
 bool TReportForm::runStep(const rep::RunStep &s)
 {
-    switch (s.kind) {
-    case StepKind::CheckFilled:
-        for (const QString &name : s.editors) {
-            QWidget *w = editor(name);
-            auto *de = qobject_cast<ui::DateEdit *>(w);
-            if (de ? de->isEmpty() : editorText(name).isEmpty())
-                throw QuarvError(s.message);
-        }
-        break;
-    case StepKind::CheckSameMonth:
-        if (!rep::sameMonth(editorDate(s.editors.value(0)), editorDate(s.editors.value(1)))) {
-            if (!s.informOnly)
-                throw QuarvError(s.message);
-            ui::messages().information(s.message, this);
-            return false;
-        }
-        break;
-    case StepKind::BusyCursor:
+    FormRunHost host(*this);
+    if (s.kind == StepKind::BusyCursor) {
         // Outside Cauta a busy step has no run to span; it only repaints.
         repaint();
-        break;
-    case StepKind::CloseQuery:
-        m_query->close();
-        break;
-    case StepKind::SetParams:
-        setParamsFromEditors();
-        break;
-    case StepKind::PostPeriodRow:
-        writePeriodRow(periodRow(s.source), rep::convertDate(editorDate(s.editors.value(0)), s.startConv),
-                       rep::convertDate(editorDate(s.editors.value(1)), s.endConv), s.closeAfter);
-        break;
-    case StepKind::OpenQuery:
-        if (!m_query->isActive())
-            m_query->open();
-        break;
-    case StepKind::OpenOrRefresh:
-        if (m_query->isActive())
-            m_query->refresh();
-        else
-            m_query->open();
-        break;
-    case StepKind::Custom:
-        runCustomStep(s.name);
-        break;
+        return true;
     }
-    return true;
+    return rep::runStep(m_desc, s, host);
 }
 
 void TReportForm::setParamsFromEditors()
 {
-    for (const rep::ParamBinding &b : std::as_const(m_desc.params)) {
-        QWidget *w = editor(b.editor);
-        if (auto *de = qobject_cast<ui::DateEdit *>(w)) {
-            const QDate d = rep::convertDate(de->date(), b.conv);
-            m_query->setParam(b.param, d.isValid() ? QVariant(d) : QVariant());
-        } else {
-            m_query->setParam(b.param, editorText(b.editor));
-        }
-    }
+    FormRunHost host(*this);
+    rep::setParams(m_desc, host);
 }
 
 void TReportForm::writePeriodRow(db::Query &periodRow, const QDate &start, const QDate &end, bool closeAfter)
 {
-    if (periodRow.isEditing())
-        periodRow.cancel(); // a post refused by an earlier run; this run writes the period anew
-    if (periodRow.isActive())
-        periodRow.refresh();
-    else
-        periodRow.open();
-    periodRow.edit(); // an empty table gets its row here
-    periodRow.setFieldValue(QStringLiteral("data_incep"), start.isValid() ? QVariant(start) : QVariant());
-    periodRow.setFieldValue(QStringLiteral("data_sf"), end.isValid() ? QVariant(end) : QVariant());
-    periodRow.post();
-    if (closeAfter)
-        periodRow.close();
+    rep::writePeriodRow(periodRow, start, end, closeAfter);
 }
 
 db::Query &TReportForm::periodRow(rep::PeriodSource source) const

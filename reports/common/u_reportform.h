@@ -12,7 +12,7 @@
 // Handlers that throw (Cauta, exportKind, ...) are what tests call
 // directly; the buttons run them under the default error report.
 
-#include "reports/common/u_reportdesc.h"
+#include "reports/core/u_reportdesc.h"
 
 #include "db/u_query.h"
 #include "ui/core/u_gridmodel.h"
@@ -99,6 +99,7 @@ protected:
     void closeEvent(QCloseEvent *e) override;
 
 private:
+    class FormRunHost;
     void buildForm();
     void buildGrid();
     void addExportButtons(QBoxLayout *into);

@@ -1,4 +1,4 @@
-#include "reports/common/u_reportdesc.h"
+#include "reports/core/u_reportdesc.h"
 
 #include "db/u_query.h"
 
