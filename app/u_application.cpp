@@ -1,7 +1,7 @@
 #include "app/u_application.h"
 
 #include "ui/u_messages.h"
-#include "ui/u_platform.h"
+#include "ui/u_fonts.h"
 
 TQuarvApplication::TQuarvApplication(int &argc, char **argv) : QApplication(argc, argv)
 {

@@ -120,8 +120,10 @@ TfrmLogin::TfrmLogin(QWidget *parent) : QDialog(parent)
     edtDataBase->setAccessibleName(QStringLiteral("dataBase"));
     edtUser->setAccessibleName(QStringLiteral("user"));
     edtPassword->setAccessibleName(QStringLiteral("Parola"));
-    // The port box is narrow; the others follow the window's width.
+    // The port box is narrow; the others follow the window's width. Only a
+    // TCP port can be typed into it.
     edtPort->setFixedWidth(64);
+    edtPort->setIntRange(1, 65535);
 
     DBNavigator1 = new ui::DBNavigator(this);
     DBNavigator1->setObjectName(QStringLiteral("DBNavigator1"));
@@ -169,6 +171,11 @@ TfrmLogin::TfrmLogin(QWidget *parent) : QDialog(parent)
         setTabOrder(prev, w);
         prev = w;
     }
+}
+
+QString TfrmLogin::portRangeText()
+{
+    return QStringLiteral("Portul trebuie sa fie un numar intre 1 si 65535!");
 }
 
 QString TfrmLogin::settingsFilePath()
@@ -244,9 +251,15 @@ void TfrmLogin::btnConnectClick()
         // What is used must be what gets saved.
         postPendingEdit();
 
+        // An empty cell is port 0 (the client library's default); a port
+        // outside 1..65535 is refused before anything is assigned.
+        const QVariant port = profileValue(kPort);
+        if (port.isValid() && (port.toInt() < 1 || port.toInt() > 65535))
+            throw QuarvError(portRangeText());
+
         db::Connection *conn = dmQuarv->pgConn;
         conn->setHost(profileValue(kIp).toString());
-        conn->setPort(profileValue(kPort).toInt()); // an empty cell is port 0
+        conn->setPort(port.toInt());
         conn->setDatabase(profileValue(kDataBase).toString());
         conn->setUserName(rep::databaseUser());
         conn->setPassword(rep::databasePassword());
@@ -268,7 +281,8 @@ void TfrmLogin::btnConnectClick()
                              + QStringLiteral("in directorul ") + dmQuarv->caleDocumente);
         }
     } catch (...) {
-        // The window reports its own errors and stays where it is.
-        ui::messages().error(ui::exceptionText(std::current_exception()), this);
+        // The window reports its own errors, in a plain box with an OK
+        // button, and stays where it is.
+        ui::messages().information(ui::exceptionText(std::current_exception()), this);
     }
 }

@@ -23,6 +23,8 @@ public:
 
     // caleDocumente + "/conectareQUARV.xml"
     static QString settingsFilePath();
+    // The refusal of a port outside 1..65535.
+    static QString portRangeText();
 
     db::MemTable *FDMemTableConectare;
     QLabel *lblTitle;

@@ -60,11 +60,9 @@ TfrmMenuQUARV::TfrmMenuQUARV(QWidget *parent) : QWidget(parent)
     };
 
     btnLog = button(this, "btnLog", QStringLiteral("LogIn"), 75);
+    // In the window's own font, as every label of the window.
     lblUser = new QLabel(this);
     lblUser->setObjectName(QStringLiteral("lblUser"));
-    QFont userFont = lblUser->font();
-    userFont.setBold(true);
-    lblUser->setFont(userFont);
 
     Shape1 = new QFrame(this);
     Shape1->setObjectName(QStringLiteral("Shape1"));

@@ -14,7 +14,7 @@
 #include "reports/u_frmContareDocumente.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
 #include "reports/u_frmVerifDecontTurism.h"
-#include "ui/u_platform.h"
+#include "ui/core/u_platform.h"
 
 #include <QApplication>
 #include <QPointer>
@@ -32,6 +32,11 @@ T *create(T *&global)
     T *obj = new T();
     g_created.append(obj);
     global = obj;
+    // Every later window is owned by the main window, which keeps the one
+    // taskbar button; each stays a window of its own and as modal or
+    // modeless as it was made.
+    if (g_mainWindow && obj != g_mainWindow.data())
+        obj->setParent(g_mainWindow.data(), obj->windowFlags() | Qt::Window);
     return obj;
 }
 

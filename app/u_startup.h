@@ -12,6 +12,8 @@ class QWidget;
 // Creates the forms and the data module into their global variables (the
 // menu, the login and the analytic account sheet a second time: the globals
 // then name the second instances, the first ones stay alive and hidden).
+// Every window after the first menu is owned by it (the main window): one
+// taskbar button for the program.
 void createForms();
 // Deletes every instance createForms made, latest first, and clears the globals.
 void destroyForms();

@@ -6,7 +6,9 @@
 #include <QSaveFile>
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
+#include <string>
 
 namespace db {
 
@@ -32,7 +34,36 @@ void appendDate(QByteArray &out, const QDate &d)
 
 } // namespace
 
-void moveToText(const DataSet &ds, const QString &path, QChar separator)
+QByteArray plainNumber(double v)
+{
+    if (std::isnan(v))
+        return QByteArrayLiteral("NaN");
+    if (std::isinf(v))
+        return v < 0 ? QByteArrayLiteral("-Infinity") : QByteArrayLiteral("Infinity");
+    char buf[64];
+    const auto res = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::general, 15);
+    QByteArray s(buf, int(res.ptr - buf));
+    if (s.contains('e')) {
+        // No exponent form in a ledger: fixed, trailing zeros dropped.
+        const double a = std::fabs(v);
+        const int mag = a >= 1 ? int(std::floor(std::log10(a))) + 1 : 0;
+        const int dec = std::max(0, 15 - mag);
+        std::string big(400, '\0');
+        const auto r2 = std::to_chars(big.data(), big.data() + big.size(), v, std::chars_format::fixed, dec);
+        s = QByteArray(big.data(), int(r2.ptr - big.data()));
+        if (s.contains('.')) {
+            while (s.endsWith('0'))
+                s.chop(1);
+            if (s.endsWith('.'))
+                s.chop(1);
+        }
+    }
+    if (s == "-0")
+        s = "0";
+    return s;
+}
+
+void moveToText(const DataSet &ds, const QString &path, QChar separator, const QLocale &locale)
 {
     QSaveFile file(path);
     auto fail = [&]() {
@@ -41,9 +72,12 @@ void moveToText(const DataSet &ds, const QString &path, QChar separator)
     if (!file.open(QIODevice::WriteOnly))
         fail();
     const QByteArray sep = QString(separator).toUtf8();
+    const QByteArray point = locale.decimalPoint().toUtf8();
     const int nf = ds.fieldCount();
     QByteArray out;
     out.reserve(1 << 20);
+    // The mark tells a spreadsheet opening the file that it is UTF-8 ("Brașov").
+    out += "\xEF\xBB\xBF";
     for (int f = 0; f < nf; ++f) {
         if (f)
             out += sep;
@@ -64,8 +98,13 @@ void moveToText(const DataSet &ds, const QString &path, QChar separator)
             case FieldType::Text: appendQuoted(out, c.bytes(r)); break;
             case FieldType::Bytes: appendQuoted(out, c.bytes(r).toByteArray().toHex()); break;
             case FieldType::Float: {
-                const auto res = std::to_chars(buf, buf + sizeof buf, c.asDouble(r));
-                out.append(buf, res.ptr - buf);
+                QByteArray n = plainNumber(c.asDouble(r));
+                if (point != ".")
+                    n.replace('.', point);
+                if (n.contains(sep))
+                    appendQuoted(out, n);
+                else
+                    out += n;
                 break;
             }
             case FieldType::Int32:

@@ -42,6 +42,15 @@ void DBEdit::bind(db::DataSet *dataSet, const QString &fieldName)
     showValue();
 }
 
+void DBEdit::setIntRange(int bottom, int top)
+{
+    m_intBottom = bottom;
+    m_intTop = top;
+    // The validator, when there is one, is this edit's own child.
+    if (auto *v = findChild<QIntValidator *>(QString(), Qt::FindDirectChildrenOnly))
+        v->setRange(bottom, top);
+}
+
 void DBEdit::showValue()
 {
     if (m_writing)
@@ -55,8 +64,12 @@ void DBEdit::showValue()
         return;
     }
     const db::FieldDef &def = m_dataSet->fieldDef(field);
-    if (def.type == db::FieldType::Int32 && !validator())
-        setValidator(new QIntValidator(this));
+    if (def.type == db::FieldType::Int32 && !validator()) {
+        auto *v = findChild<QIntValidator *>(QString(), Qt::FindDirectChildrenOnly);
+        if (!v)
+            v = new QIntValidator(m_intBottom, m_intTop, this);
+        setValidator(v);
+    }
     else if (def.type != db::FieldType::Int32 && validator())
         setValidator(nullptr);
     setMaxLength(def.type == db::FieldType::String && def.size > 0 ? def.size : 32767);
@@ -175,9 +188,12 @@ void DBNavigator::click(Button b)
         case Last: ds->last(); break;
         case Insert: ds->append(); break;
         case Delete:
+            // Asked first, also for a new row not posted yet: it is dropped.
+            if ((ds->state() == db::DataSet::State::Insert || !ds->isEmpty()) && !confirmDelete(this))
+                break;
             if (ds->state() == db::DataSet::State::Insert)
                 ds->cancel();
-            else if (!ds->isEmpty())
+            else
                 ds->deleteCurrent();
             break;
         case Edit: ds->edit(); break;

@@ -1,13 +1,14 @@
 #pragma once
 // Data-aware controls: a line edit bound to one field of a dataset, and a
 // record navigator (first, prior, next, last, insert, delete, edit, post,
-// cancel, refresh) over a dataset.
+// cancel, refresh) over a dataset; its delete asks first.
 
 #include <QLineEdit>
 #include <QPointer>
 #include <QWidget>
 
 #include <array>
+#include <limits>
 
 class QToolButton;
 
@@ -24,6 +25,8 @@ public:
     void bind(db::DataSet *dataSet, const QString &fieldName);
     db::DataSet *dataSet() const { return m_dataSet; }
     const QString &fieldName() const { return m_field; }
+    // The values an integer field accepts as typed (all of them unless set).
+    void setIntRange(int bottom, int top);
 
 private:
     void showValue();
@@ -31,6 +34,8 @@ private:
     QPointer<db::DataSet> m_dataSet;
     QString m_field;
     bool m_writing = false;
+    int m_intBottom = std::numeric_limits<int>::min();
+    int m_intTop = std::numeric_limits<int>::max();
 };
 
 class DBNavigator : public QWidget {

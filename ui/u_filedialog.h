@@ -36,6 +36,12 @@ public:
     QStringList askedNames;
 };
 
+// The extension of a bare filter ("*.csv" -> "csv"); empty when it names none.
+QString filterSuffix(const QString &filter);
+// The chosen name with the extension added when it has none ("raport" ->
+// "raport.csv"); a name with an extension of its own is kept as it stands.
+QString withDefaultSuffix(const QString &path, const QString &suffix);
+
 FileDialogService &fileDialog();
 // Replaces the instance (nullptr restores the real dialog); returns the previous replacement.
 FileDialogService *setFileDialog(FileDialogService *service);

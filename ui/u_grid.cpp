@@ -55,6 +55,11 @@ GridTableView::GridTableView(QWidget *parent) : QAbstractScrollArea(parent), m_m
     m_editor->setFrame(false);
     m_editor->hide();
     m_editor->installEventFilter(this);
+    // The vertical scroll bar stands beside the rows only, not beside the
+    // strips above and below them: it is put back there whenever the scroll
+    // area lays it out.
+    if (QWidget *c = verticalScrollBar()->parentWidget(); c && c != this)
+        c->installEventFilter(this);
 
     connect(m_model, &GridModel::columnsChanged, this, &GridTableView::onColumnsChanged);
     connect(m_model, &GridModel::rowsChanged, this, &GridTableView::onRowsChanged);
@@ -107,11 +112,26 @@ void GridTableView::onDataSetState()
     if (isEditing() && m_editRow >= totalRows())
         cancelEdit();
     updateScrollBars();
-    if (insertRowShown()) {
+    const bool inserting = insertRowShown();
+    if (inserting) {
         scrollToRow(insertRow());
-        if (m_focusColumn < 0 && !m_visible.isEmpty())
+        if (!m_wasInserting) {
+            // A new row starts on its first cell the operator can type into.
+            int col = -1;
+            for (int c : std::as_const(m_visible))
+                if (isColumnEditable(c) && m_model->columnKind(c) != ColumnKind::Bool) {
+                    col = c;
+                    break;
+                }
+            if (col < 0 && !m_visible.isEmpty())
+                col = m_visible.first();
+            if (col >= 0)
+                setFocusedColumn(col);
+        } else if (m_focusColumn < 0 && !m_visible.isEmpty()) {
             m_focusColumn = m_visible.first();
+        }
     }
+    m_wasInserting = inserting;
     viewport()->update();
 }
 
@@ -280,6 +300,18 @@ GridHit GridTableView::hitTest(const QPoint &pos) const
     return h;
 }
 
+QRect GridTableView::groupCaptionRect(qsizetype row) const
+{
+    if (row < 0 || row >= m_model->rowCount() || m_model->rowKind(row) != RowKind::Group)
+        return {};
+    const QRect r = rowRect(row);
+    const int gx = indicatorWidth() + m_model->rowLevel(row) * kIndentStep - horizontalScrollBar()->value();
+    // After the [+]; scrolled to the right, it stays at the left edge of the rows.
+    const int left = std::max(gx + kIndentStep + 2, indicatorWidth() + 2);
+    const int right = std::max(firstColumnX() + m_totalWidth, r.right());
+    return QRect(left, r.y(), std::max(0, right - left + 1), r.height());
+}
+
 void GridTableView::scrollToRow(qsizetype row)
 {
     if (row < 0)
@@ -323,13 +355,16 @@ void GridTableView::updateGeometries()
     const int ft = m_model->footerVisible() ? m_footer->preferredHeight() : 0;
     setViewportMargins(0, gb + hh + fr, 0, ft);
     const QRect vg = viewport()->geometry();
-    m_groupBox->setGeometry(vg.x(), vg.y() - gb - hh - fr, vg.width(), gb);
+    // The strips reach the right edge, over the scroll bar's column.
+    const int stripW = std::max(vg.width(), contentsRect().right() + 1 - vg.x());
+    m_groupBox->setGeometry(vg.x(), vg.y() - gb - hh - fr, stripW, gb);
     m_groupBox->setVisible(gb > 0);
-    m_header->setGeometry(vg.x(), vg.y() - hh - fr, vg.width(), hh);
-    m_filterRow->setGeometry(vg.x(), vg.y() - fr, vg.width(), fr);
+    m_header->setGeometry(vg.x(), vg.y() - hh - fr, stripW, hh);
+    m_filterRow->setGeometry(vg.x(), vg.y() - fr, stripW, fr);
     m_filterRow->setVisible(fr > 0);
-    m_footer->setGeometry(vg.x(), vg.bottom() + 1, vg.width(), ft);
+    m_footer->setGeometry(vg.x(), vg.bottom() + 1, stripW, ft);
     m_footer->setVisible(ft > 0);
+    placeVerticalScrollBar();
     updateScrollBars();
     m_filterRow->layoutEditors();
     if (isEditing()) {
@@ -340,6 +375,25 @@ void GridTableView::updateGeometries()
     m_header->update();
     m_footer->update();
     viewport()->update();
+}
+
+void GridTableView::placeVerticalScrollBar()
+{
+    QWidget *c = verticalScrollBar()->parentWidget();
+    if (!c || c == this)
+        return;
+    const QRect vg = viewport()->geometry();
+    const QRect g = c->geometry();
+    const QRect want(g.x(), vg.y(), g.width(), std::max(0, vg.height()));
+    if (g != want)
+        c->setGeometry(want);
+}
+
+bool GridTableView::viewportEvent(QEvent *e)
+{
+    if (e->type() == QEvent::Resize || e->type() == QEvent::Move)
+        placeVerticalScrollBar();
+    return QAbstractScrollArea::viewportEvent(e);
 }
 
 void GridTableView::onColumnsChanged()
@@ -482,7 +536,11 @@ QString GridTableView::editValueText(qsizetype row, int col, bool *fromBuffer) c
     const db::DataSet *ds = dataSet();
     const bool inserting = row >= 0 && row == insertRow();
     const qsizetype dr = inserting ? -1 : m_model->dataRow(row);
-    if (ds && ((ds->isEditing() && dr >= 0 && dr == ds->currentRow() && ds->isModified()) || inserting)) {
+    // While a new row is inserted the current row stays where it was: only
+    // the new row shows the buffer then.
+    const bool editingThis = ds && ds->state() == db::DataSet::State::Edit && dr >= 0 && dr == ds->currentRow()
+        && ds->isModified();
+    if (ds && (editingThis || inserting)) {
         const int f = m_model->columnField(col);
         if (f >= 0) {
             if (fromBuffer)
@@ -592,7 +650,7 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
             p.drawLine(box.center().x(), box.top() + 2, box.center().x(), box.bottom() - 2);
         p.setFont(*st.font);
         p.setPen(*st.textColor);
-        p.drawText(gr.adjusted(kIndentStep + 2, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, m_model->groupRowText(row));
+        p.drawText(groupCaptionRect(row), Qt::AlignLeft | Qt::AlignVCenter, m_model->groupRowText(row));
         p.setPen(kGridLine);
         p.drawLine(gr.bottomLeft(), gr.bottomRight());
     } else { // group footer
@@ -942,6 +1000,10 @@ bool GridTableView::toggleCheck(int col)
 
 bool GridTableView::eventFilter(QObject *o, QEvent *e)
 {
+    if (o == verticalScrollBar()->parentWidget() && (e->type() == QEvent::Move || e->type() == QEvent::Resize)) {
+        placeVerticalScrollBar();
+        return false;
+    }
     if (o == m_editor) {
         if (e->type() == QEvent::KeyPress) {
             auto *ke = static_cast<QKeyEvent *>(e);
@@ -1164,7 +1226,9 @@ GridNavigator::GridNavigator(GridTableView *view, QWidget *parent) : QWidget(par
     }
     m_info = new QLabel(this);
     m_info->setObjectName(QStringLiteral("infoPanel"));
-    m_info->setAccessibleName(QStringLiteral("Pozitia inregistrarii"));
+    // Screen readers read the position itself (the accessible name follows the text).
+    m_info->setAccessibleDescription(QStringLiteral("Pozitia inregistrarii"));
+    setAccessibleName(QStringLiteral("Navigator"));
     m_info->setContentsMargins(8, 0, 8, 0);
     lay->addWidget(m_info);
     lay->addStretch(1);
@@ -1183,15 +1247,20 @@ QString GridNavigator::infoText() const
 
 void GridNavigator::refresh()
 {
-    m_info->setText(infoText());
+    const QString text = infoText();
+    m_info->setText(text);
+    m_info->setAccessibleName(text);
     const GridModel *m = m_view->model();
     const qsizetype n = m->recordNumber();
     const qsizetype count = m->recordCount();
+    const qsizetype focus = m->focusedRow();
+    // On a group row the moves lead into the group's records.
+    const bool onRecord = focus >= 0 && m->rowKind(focus) == RowKind::Data;
     auto en = [this](Button b, bool on) { m_buttons[b]->setEnabled(on && !m_disabled.contains(b)); };
-    en(First, count > 0 && n != 1);
+    en(First, count > 0 && (n != 1 || !onRecord));
     en(Prior, count > 0 && n != 1);
-    en(Next, count > 0 && n != count);
-    en(Last, count > 0 && n != count);
+    en(Next, count > 0 && (n != count || !onRecord));
+    en(Last, count > 0 && (n != count || !onRecord));
     const bool hasDs = m_view->dataSet() && m_view->dataSet()->isActive();
     en(Insert, hasDs);
     en(Delete, hasDs && count > 0);
@@ -1223,8 +1292,17 @@ void GridNavigator::press(Button b)
         case Prior: m->priorRecord(); break;
         case Next: m->nextRecord(); break;
         case Last: m->lastRecord(); break;
-        case Insert: if (ds) ds->append(); break;
-        case Delete: if (ds) ds->deleteCurrent(); break;
+        case Insert:
+            if (ds) {
+                ds->append();
+                // Typing goes straight into the new row.
+                m_view->setFocus(Qt::OtherFocusReason);
+            }
+            break;
+        case Delete:
+            if (ds && (ds->state() == db::DataSet::State::Insert || !ds->isEmpty()) && confirmDelete(this))
+                ds->deleteCurrent();
+            break;
         case Post: if (ds && ds->isEditing()) ds->post(); break;
         case Cancel: if (ds && ds->isEditing()) ds->cancel(); break;
         case ButtonCount: break;

@@ -81,6 +81,9 @@ public:
     QRect rowRect(qsizetype displayRow) const;
     QRect cellRect(qsizetype displayRow, int col) const;
     GridHit hitTest(const QPoint &viewportPos) const;
+    // Where a group row's caption is drawn: after its [+], kept at the left
+    // edge of the rows when scrolled to the right. Empty for other rows.
+    QRect groupCaptionRect(qsizetype displayRow) const;
     void scrollToRow(qsizetype displayRow);
 
     // ----- the row being inserted: while the dataset inserts, one more row
@@ -148,6 +151,7 @@ protected:
     void focusOutEvent(QFocusEvent *e) override;
     bool eventFilter(QObject *o, QEvent *e) override;
     void changeEvent(QEvent *e) override;
+    bool viewportEvent(QEvent *e) override;
 
 private:
     friend class GridHeader;
@@ -159,6 +163,7 @@ private:
     void onRowsChanged();
     void onFocusChanged(qsizetype row);
     void updateScrollBars();
+    void placeVerticalScrollBar();
     void updateRowHeight();
     void paintRow(QPainter &p, qsizetype row, const QRect &r, const QRect &clip);
     void paintCellText(QPainter &p, const QRect &r, const QString &text, int col, const CellStyle &st) const;
@@ -183,6 +188,7 @@ private:
     int m_rowHeight = 18;
     int m_focusColumn = -1;
     QString m_incSearch;
+    bool m_wasInserting = false;
     bool m_searching = false;
     mutable QHash<int, CellStyle> m_styleCache;  // resolved styles by element
     QList<int> m_visible;                 // visible columns, display order
@@ -207,8 +213,10 @@ private:
 };
 
 // The record navigator: first, previous, next, last, and "Inregistrarea N din M"
-// of the rows passing the filter. Insert, delete, post and cancel buttons are
-// there for grids that edit, hidden unless asked for.
+// of the rows passing the filter (on a group row, N is the group's first
+// record; the text is also the panel's accessible name). Insert, delete, post
+// and cancel buttons are there for grids that edit, hidden unless asked for;
+// insert puts the keyboard in the new row, delete asks first.
 class GridNavigator : public QWidget {
     Q_OBJECT
 public:

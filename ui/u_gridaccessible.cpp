@@ -1,6 +1,9 @@
 // The grid as an accessible table: screen readers and desktop automation read
-// the rows the operator sees (display rows, visible columns in display order),
-// the column captions as header cells, and each cell's text as shown.
+// the rows the operator sees (display rows, visible columns in display order:
+// data rows, group rows, group footers), the column captions as header cells,
+// and each cell's text as shown. After the cells come the filter row (its
+// editors are ordinary widgets) and the footer, a row of cells holding the
+// grand summaries as displayed.
 
 #include "ui/u_grid.h"
 #include "ui/u_gridstrips.h"
@@ -97,19 +100,35 @@ public:
         return QAccessibleWidget::text(t);
     }
 
-    // Children: the header cells, then the cells row by row.
-    int childCount() const override { return (rowCount() + 1) * columnCount(); }
+    // Children: the header cells, then the cells row by row, then the strips
+    // that are shown (filter row, footer).
+    int cellCount() const { return (rowCount() + 1) * columnCount(); }
+    QList<QWidget *> strips() const
+    {
+        QList<QWidget *> out;
+        for (QWidget *w : {static_cast<QWidget *>(m_view->filterRow()), static_cast<QWidget *>(m_view->footer())})
+            if (w && !w->isHidden())
+                out << w;
+        return out;
+    }
+    int childCount() const override { return cellCount() + int(strips().size()); }
     QAccessibleInterface *child(int index) const override
     {
         const int cols = columnCount();
-        if (cols == 0 || index < 0 || index >= childCount())
+        if (index < 0 || index >= childCount())
             return nullptr;
-        return cell(index / cols - 1, index % cols);
+        if (index >= cellCount())
+            return QAccessible::queryAccessibleInterface(strips().value(index - cellCount()));
+        return cols == 0 ? nullptr : cell(index / cols - 1, index % cols);
     }
     int indexOfChild(const QAccessibleInterface *iface) const override
     {
         if (!iface || iface->role() == QAccessible::Table)
             return -1;
+        if (QObject *o = iface->object()) {
+            const int i = int(strips().indexOf(qobject_cast<QWidget *>(o)));
+            return i < 0 ? -1 : cellCount() + i;
+        }
         auto *c = const_cast<QAccessibleInterface *>(iface)->tableCellInterface();
         if (!c)
             return -1;
@@ -117,6 +136,9 @@ public:
     }
     QAccessibleInterface *childAt(int x, int y) const override
     {
+        for (QWidget *w : strips())
+            if (QRect(w->mapToGlobal(QPoint(0, 0)), w->size()).contains(x, y))
+                return QAccessible::queryAccessibleInterface(w);
         const QPoint vp = m_view->viewport()->mapFromGlobal(QPoint(x, y));
         const GridHit h = m_view->hitTest(vp);
         if (h.row < 0 || h.column < 0)
@@ -251,10 +273,131 @@ QList<QAccessibleInterface *> GridAccessibleCell::columnHeaderCells() const
     return h ? QList<QAccessibleInterface *>{h} : QList<QAccessibleInterface *>{};
 }
 
+// ----- the footer: one cell per visible column, its summaries as displayed
+
+class GridAccessibleFooter;
+
+class GridAccessibleFooterCell : public QAccessibleInterface {
+public:
+    GridAccessibleFooterCell(GridTableView *view, const GridAccessibleFooter *footer, int visCol)
+        : m_view(view), m_footer(footer), m_col(visCol)
+    {
+    }
+    bool isValid() const override { return m_view && m_col >= 0 && m_col < m_view->model()->visibleColumns().size(); }
+    QObject *object() const override { return nullptr; }
+    QWindow *window() const override { return m_view ? m_view->window()->windowHandle() : nullptr; }
+    QAccessibleInterface *childAt(int, int) const override { return nullptr; }
+    QAccessibleInterface *parent() const override;
+    QAccessibleInterface *child(int) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface *) const override { return -1; }
+    QString text(QAccessible::Text t) const override
+    {
+        if (!isValid())
+            return {};
+        const int col = m_view->model()->visibleColumns().at(m_col);
+        if (t == QAccessible::Name || t == QAccessible::Value)
+            return m_view->model()->footerTextForColumn(col).replace(QLatin1Char('\n'), QLatin1String("; "));
+        if (t == QAccessible::Description)
+            return m_view->model()->column(col).headerText();
+        return {};
+    }
+    void setText(QAccessible::Text, const QString &) override {}
+    QRect rect() const override
+    {
+        if (!isValid())
+            return {};
+        const int col = m_view->model()->visibleColumns().at(m_col);
+        const QWidget *f = m_view->footer();
+        const QRect r(m_view->columnLeft(col), 0, m_view->columnWidth(col), f->height());
+        return QRect(f->mapToGlobal(r.topLeft()), r.size());
+    }
+    QAccessible::Role role() const override { return QAccessible::Cell; }
+    QAccessible::State state() const override
+    {
+        QAccessible::State s;
+        s.readOnly = true;
+        return s;
+    }
+
+private:
+    QPointer<GridTableView> m_view;
+    const GridAccessibleFooter *m_footer;
+    int m_col;
+};
+
+class GridAccessibleFooter : public QAccessibleWidget {
+public:
+    explicit GridAccessibleFooter(GridFooter *footer)
+        : QAccessibleWidget(footer, QAccessible::Footer), m_view(qobject_cast<GridTableView *>(footer->parentWidget()))
+    {
+        if (m_view) {
+            auto drop = [this] { clearCells(); };
+            m_conns << QObject::connect(m_view->model(), &GridModel::columnsChanged, footer, drop);
+            m_conns << QObject::connect(m_view->model(), &GridModel::summariesChanged, footer, drop);
+        }
+    }
+    ~GridAccessibleFooter() override
+    {
+        for (const auto &c : std::as_const(m_conns))
+            QObject::disconnect(c);
+        clearCells();
+    }
+
+    int childCount() const override { return m_view ? int(m_view->model()->visibleColumns().size()) : 0; }
+    QAccessibleInterface *child(int index) const override
+    {
+        if (index < 0 || index >= childCount())
+            return nullptr;
+        const auto it = m_cells.constFind(index);
+        if (it != m_cells.cend())
+            if (QAccessibleInterface *iface = QAccessible::accessibleInterface(*it))
+                return iface;
+        auto *iface = new GridAccessibleFooterCell(m_view, this, index);
+        m_cells.insert(index, QAccessible::registerAccessibleInterface(iface));
+        return iface;
+    }
+    int indexOfChild(const QAccessibleInterface *iface) const override
+    {
+        for (auto it = m_cells.cbegin(); it != m_cells.cend(); ++it)
+            if (QAccessible::accessibleInterface(it.value()) == iface)
+                return it.key();
+        return -1;
+    }
+    QAccessibleInterface *childAt(int x, int y) const override
+    {
+        for (int i = 0; i < childCount(); ++i)
+            if (QAccessibleInterface *c = child(i); c && c->rect().contains(x, y))
+                return c;
+        return nullptr;
+    }
+
+private:
+    void clearCells()
+    {
+        for (QAccessible::Id id : std::as_const(m_cells))
+            QAccessible::deleteAccessibleInterface(id);
+        m_cells.clear();
+    }
+
+    QPointer<GridTableView> m_view;
+    mutable QHash<int, QAccessible::Id> m_cells;
+    QList<QMetaObject::Connection> m_conns;
+};
+
+QAccessibleInterface *GridAccessibleFooterCell::parent() const
+{
+    return const_cast<GridAccessibleFooter *>(m_footer);
+}
+
 QAccessibleInterface *gridFactory(const QString &className, QObject *object)
 {
-    if (className == QLatin1String("ui::GridTableView") && object && object->isWidgetType())
+    if (!object || !object->isWidgetType())
+        return nullptr;
+    if (className == QLatin1String("ui::GridTableView"))
         return new GridAccessibleTable(static_cast<GridTableView *>(object));
+    if (className == QLatin1String("ui::GridFooter"))
+        return new GridAccessibleFooter(static_cast<GridFooter *>(object));
     return nullptr;
 }
 

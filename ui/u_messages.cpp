@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QPushButton>
 
 namespace ui {
 
@@ -40,6 +41,18 @@ void WidgetMessages::error(const QString &text, QWidget *parent)
     box.exec();
 }
 
+bool WidgetMessages::question(const QString &text, QWidget *parent)
+{
+    QMessageBox box(QMessageBox::Question, QCoreApplication::applicationName(), shown(text),
+                    QMessageBox::Yes | QMessageBox::No, boxParent(parent));
+    box.button(QMessageBox::Yes)->setText(QStringLiteral("Da"));
+    box.button(QMessageBox::No)->setText(QStringLiteral("Nu"));
+    // A stray Enter keeps the record.
+    box.setDefaultButton(QMessageBox::No);
+    box.setEscapeButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
 void RecordingMessages::information(const QString &text, QWidget *)
 {
     informations.append(text);
@@ -52,10 +65,19 @@ void RecordingMessages::error(const QString &text, QWidget *)
     all.append(text);
 }
 
+bool RecordingMessages::question(const QString &text, QWidget *)
+{
+    questions.append(text);
+    all.append(text);
+    return answers.isEmpty() ? true : answers.dequeue();
+}
+
 void RecordingMessages::clear()
 {
     informations.clear();
     errors.clear();
+    questions.clear();
+    answers.clear();
     all.clear();
 }
 
@@ -70,6 +92,16 @@ MessageService *setMessages(MessageService *service)
     MessageService *previous = g_replacement;
     g_replacement = service;
     return previous;
+}
+
+QString deleteQuestionText()
+{
+    return QStringLiteral("Stergeti inregistrarea selectata?");
+}
+
+bool confirmDelete(QWidget *parent)
+{
+    return messages().question(deleteQuestionText(), parent);
 }
 
 QString exceptionText(std::exception_ptr e)

@@ -3,6 +3,7 @@
 // tests read what the operator would have seen instead of blocking on a
 // modal window.
 
+#include <QQueue>
 #include <QString>
 #include <QStringList>
 
@@ -16,10 +17,14 @@ namespace ui {
 class MessageService {
 public:
     virtual ~MessageService() = default;
-    // A plain information box with a single OK button ("ok" after exports).
+    // A plain box, no icon, with a single OK button ("ok" after exports, the
+    // login's refusals).
     virtual void information(const QString &text, QWidget *parent = nullptr) = 0;
     // The box of the default error report (and of handlers that report themselves).
     virtual void error(const QString &text, QWidget *parent = nullptr) = 0;
+    // A question with the buttons "Da" and "Nu"; true for "Da". Closing the
+    // box answers "Nu".
+    virtual bool question(const QString &text, QWidget *parent = nullptr) = 0;
 };
 
 // The real boxes.
@@ -27,16 +32,21 @@ class WidgetMessages : public MessageService {
 public:
     void information(const QString &text, QWidget *parent = nullptr) override;
     void error(const QString &text, QWidget *parent = nullptr) override;
+    bool question(const QString &text, QWidget *parent = nullptr) override;
 };
 
-// Test double: records every text, never shows a window.
+// Test double: records every text, never shows a window. Questions are
+// answered from a queue; an empty queue answers "Da".
 class RecordingMessages : public MessageService {
 public:
     void information(const QString &text, QWidget *parent = nullptr) override;
     void error(const QString &text, QWidget *parent = nullptr) override;
+    bool question(const QString &text, QWidget *parent = nullptr) override;
     void clear();
     QStringList informations;
     QStringList errors;
+    QStringList questions;
+    QQueue<bool> answers;
     // Every text in the order shown.
     QStringList all;
 };
@@ -58,6 +68,11 @@ public:
 private:
     MessageService *m_previous;
 };
+
+// The question every navigator asks before it deletes the current record;
+// true when the operator answers "Da".
+QString deleteQuestionText();
+bool confirmDelete(QWidget *parent = nullptr);
 
 // The application's default error report: the text of the exception
 // (QuarvError, any std::exception, or a generic text for anything else) in

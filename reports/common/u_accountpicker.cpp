@@ -68,12 +68,18 @@ int TAccountPicker::pick()
 
 QString TAccountPicker::chosen(const QString &field) const
 {
-    // The row the operator last focused; none when the filter left nothing.
-    const qsizetype row = m_view->focusedDataRow();
-    if (row < 0 || !m_query->isActive())
+    // The query's current row: the record the operator last focused, which a
+    // focused group row leaves where it was. None when the filter left nothing.
+    if (!m_query->isActive() || m_view->recordCount() == 0)
         return {};
+    qsizetype row = m_query->currentRow();
+    if (m_view->recordIndexOfDataRow(row) < 0) {
+        // The filter dropped it while a group row kept the focus: the group's first record.
+        const qsizetype n = m_view->recordNumber();
+        row = n > 0 ? m_view->recordDataRow(n - 1) : -1;
+    }
     const int f = m_query->fieldIndex(field);
-    return f < 0 ? QString() : m_query->value(row, f).toString();
+    return row < 0 || f < 0 ? QString() : m_query->value(row, f).toString();
 }
 
 void TAccountPicker::FormShow()

@@ -16,7 +16,8 @@ class TAccountPicker : public QDialog {
 public:
     // Shows the picker modally (exec) and returns the dialog's result.
     int pick();
-    // The field of the current row, "" when there is none (an empty list).
+    // The field of the query's current row (a focused group row leaves it on
+    // the record focused last), "" when the filter leaves no record.
     QString chosen(const QString &field) const;
 
     db::Query *pickerQuery() const { return m_query; }

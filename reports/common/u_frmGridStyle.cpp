@@ -1,7 +1,7 @@
 #include "reports/common/u_frmGridStyle.h"
 
 #include "session/u_dmQuarv.h"
-#include "ui/u_platform.h"
+#include "ui/core/u_platform.h"
 #include "reports/core/u_stylestore.h"
 #include "ui/core/u_gridlayout.h"
 #include "ui/u_grid.h"
@@ -10,7 +10,6 @@
 
 #include <QBoxLayout>
 #include <QButtonGroup>
-#include <QCloseEvent>
 #include <QFile>
 #include <QGroupBox>
 #include <QLabel>
@@ -69,10 +68,8 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
         ds.setFieldValue(QStringLiteral("emitent"), sessionIssuer());
     };
     ds_style->beforePost = [](db::DataSet &ds) {
+        // The name is left to the database: a missing one gets the server's own refusal.
         requireOwner(ds, QStringLiteral("Nu puteti modifica o inregistare creata de alt emitent!"));
-        // The name is the style's key: say so before the server refuses it.
-        if (ds.fieldValue(QStringLiteral("style_name")).toString().trimmed().isEmpty())
-            throw QuarvError(QStringLiteral("Dati un nume stilului (style_name) inainte de a-l salva!"));
     };
     ds_style->beforeDelete = [](db::DataSet &ds) {
         requireOwner(ds, QStringLiteral("Nu puteti sterge o inregistare creata de alt emitent!"));
@@ -183,13 +180,9 @@ void TfrmGridStyle::FormShow()
 
 void TfrmGridStyle::FormClose()
 {
-    if (!ds_style->isActive())
-        return;
-    if (ds_style->isEditing() && ds_style->isModified()) {
-        // The row typed last is kept when it may be; a refusal is shown and the edit dropped.
-        ui::guarded([this] { ds_style->post(); });
-    }
-    ds_style->close();
+    // Closing the list drops an edit not posted yet.
+    if (ds_style->isActive())
+        ds_style->close();
 }
 
 void TfrmGridStyle::showEvent(QShowEvent *e)
@@ -205,10 +198,11 @@ void TfrmGridStyle::showEvent(QShowEvent *e)
         ui::guarded([this] { FormShow(); });
 }
 
-void TfrmGridStyle::closeEvent(QCloseEvent *e)
+void TfrmGridStyle::done(int r)
 {
-    FormClose();
-    QDialog::closeEvent(e);
+    // The close box (through reject), Esc and any other way the dialog ends.
+    ui::guarded([this] { FormClose(); });
+    QDialog::done(r);
 }
 
 // ----- filter by state

@@ -48,6 +48,8 @@ public:
     // Handlers (throwing; the buttons run them under the default error report).
     void FormShow();
     void FormClose();
+    // Every way the dialog ends (its close box, Esc) runs FormClose.
+    void done(int r) override;
     void btnSalveazaClick();
     void btnRestaureazaClick();
     int filterIndex() const;
@@ -56,7 +58,6 @@ public:
 
 protected:
     void showEvent(QShowEvent *e) override;
-    void closeEvent(QCloseEvent *e) override;
 
 private:
     QButtonGroup *m_filterGroup = nullptr;

@@ -11,7 +11,7 @@
 #include "ui/u_filedialog.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
-#include "ui/u_platform.h"
+#include "ui/core/u_platform.h"
 #include "ui/u_waitcursor.h"
 
 #include <QBoxLayout>
@@ -195,17 +195,7 @@ void TReportForm::buildGrid()
     if (dmQuarv)
         m_gridView->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
 
-    for (const rep::ColumnDesc &c : std::as_const(m_desc.columns)) {
-        const int col = m_view->addColumn(c.field, c.caption, c.width > 0 ? c.width : ui::GridColumn{}.width);
-        if (col < 0)
-            continue;
-        if (!c.visible)
-            m_view->setColumnVisible(col, false);
-        if (!c.displayFormat.isEmpty())
-            m_view->setColumnDisplayFormat(col, c.displayFormat);
-    }
-    m_view->setFooterSummaries(m_desc.footerSummaries);
-    m_view->setGroupSummaries(m_desc.groupSummaries);
+    rep::setUpGrid(m_desc, *m_view);
     m_gridView->setDataSet(m_query);
 }
 
@@ -403,9 +393,13 @@ void TReportForm::doExport(const rep::ExportDesc &e)
     if (e.kind == ExportKind::AllDataCsv && !m_query->isActive())
         throw QuarvError(notRunText());
 
-    const QString file = ui::fileDialog().saveFileName(rep::exportFilter(e.kind), proposedFileName(e.fileName), this);
-    if (file.isEmpty())
+    const QString filter = rep::exportFilter(e.kind);
+    const QString chosen = ui::fileDialog().saveFileName(filter, proposedFileName(e.fileName), this);
+    if (chosen.isEmpty())
         return;
+    // A name typed without an extension gets the variant's, so the file opens
+    // by double click; the status bar names the file written.
+    const QString file = ui::withDefaultSuffix(chosen, ui::filterSuffix(filter));
 
     switch (e.kind) {
     case ExportKind::GridCsv:
@@ -416,7 +410,8 @@ void TReportForm::doExport(const rep::ExportDesc &e)
         break;
     case ExportKind::AllDataCsv:
         setStatusText(QString());
-        db::moveToText(*m_query, file, ui::platform::listSeparator());
+        // The grid's locale: numbers come out as in the grid's own CSV.
+        db::moveToText(*m_query, file, ui::platform::listSeparator(), m_view->locale());
         setStatusText(file);
         ui::messages().information(QStringLiteral("ok"), this);
         break;

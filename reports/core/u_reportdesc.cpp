@@ -145,6 +145,21 @@ QList<ui::GridSummary> sums(std::initializer_list<const char *> fields, const QS
     return out;
 }
 
+void setUpGrid(const ReportDesc &d, ui::GridModel &model)
+{
+    for (const ColumnDesc &c : d.columns) {
+        const int col = model.addColumn(c.field, c.caption, c.width > 0 ? c.width : ui::GridColumn{}.width);
+        if (col < 0)
+            continue;
+        if (!c.visible)
+            model.setColumnVisible(col, false);
+        if (!c.displayFormat.isEmpty())
+            model.setColumnDisplayFormat(col, c.displayFormat);
+    }
+    model.setFooterSummaries(d.footerSummaries);
+    model.setGroupSummaries(d.groupSummaries);
+}
+
 // ----- exports
 
 QString exportKindName(ExportKind kind)

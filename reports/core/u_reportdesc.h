@@ -251,6 +251,9 @@ struct ReportDesc {
     const EditorDesc *editorNamed(const QString &objectName) const;
 };
 
+// The report's columns and sums on a grid's logic (its default layout).
+void setUpGrid(const ReportDesc &d, ui::GridModel &model);
+
 // What is wrong with a description, one line per fault naming the report and
 // the name at fault; empty when it is sound.
 QStringList validate(const ReportDesc &d);

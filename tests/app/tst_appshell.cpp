@@ -15,7 +15,7 @@
 #include "tests/support/u_pgtestserver.h"
 #include "ui/u_dbcontrols.h"
 #include "ui/u_messages.h"
-#include "ui/u_platform.h"
+#include "ui/core/u_platform.h"
 
 #include <QFile>
 #include <QGroupBox>
@@ -146,6 +146,18 @@ private slots:
         QCOMPARE(static_cast<QObject *>(frmFisaDeContAnalitica), createdForms().at(15));
         QVERIFY(!frmMenuQUARV->isVisible());
         QCOMPARE(frmAnalizaPostcalcul, nullptr);
+        // One taskbar button: the main window owns every other window, each a
+        // window of its own; the report forms stay modeless.
+        QVERIFY(!mainWindow()->parentWidget());
+        for (QObject *o : createdForms()) {
+            auto *w = qobject_cast<QWidget *>(o);
+            if (!w || w == mainWindow())
+                continue;
+            QVERIFY2(w->parentWidget() == mainWindow(), qPrintable(w->objectName()));
+            QVERIFY2(w->isWindow(), qPrintable(w->objectName()));
+        }
+        for (QWidget *w : {static_cast<QWidget *>(frmContareDocumente), static_cast<QWidget *>(frmFisaDeContAnalitica)})
+            QCOMPARE(w->windowModality(), Qt::NonModal);
         QCOMPARE(dmQuarv->caleDocumente, m_docs.path());
         QCOMPARE(TfrmLogin::settingsFilePath(), m_docs.path() + u"/conectareQUARV.xml"_s);
         dmQuarv->caleDocumente.clear();
@@ -165,6 +177,8 @@ private slots:
         // Menu state after start-up.
         QVERIFY(dmQuarv->emitent.isEmpty());
         QVERIFY(menu()->lblUser->text().isEmpty());
+        QCOMPARE(menu()->lblUser->font(), menu()->font());
+        QVERIFY(!menu()->lblUser->font().bold());
         QVERIFY(!menu()->cxGroupBoxMenu->isVisible());
         QCOMPARE(menu()->btnLog->text(), QStringLiteral("LogIn"));
         QCOMPARE(menu()->Label1->text(), QStringLiteral("v. 2025.02.10 10:30        "));
@@ -290,10 +304,12 @@ private slots:
         // Unreachable server: the connection layer's own text; nothing saved.
         typeProfile(m_pg->host(), QString::number(PgTestServer::deadPort()), m_pg->database(), u"DEMO"_s, u"secret"_s);
         QTest::keyClick(frmLogin->edtDataBase, Qt::Key_Return); // Enter anywhere presses "Conectare"
-        QCOMPARE(m_msg->errors.size(), 1);
-        QVERIFY(m_msg->errors.first() != kBadLogin && !m_msg->errors.first().isEmpty());
+        // The login shows its refusals in the plain box with one OK button, not the error box.
+        QVERIFY(m_msg->errors.isEmpty());
+        QCOMPARE(m_msg->informations.size(), 1);
+        QVERIFY(m_msg->informations.first() != kBadLogin && !m_msg->informations.first().isEmpty());
         QTest::keyClick(frmLogin->DBNavigator1->button(ui::DBNavigator::First), Qt::Key_Return);
-        QCOMPARE(m_msg->errors.size(), 2);
+        QCOMPARE(m_msg->informations.size(), 2);
         QVERIFY(frmLogin->isVisible());
         QVERIFY(dmQuarv->emitent.isEmpty());
         QVERIFY(!QFile::exists(settingsFile()));
@@ -304,8 +320,8 @@ private slots:
         m_msg->clear();
         typeProfile(m_pg->host(), QString::number(m_pg->port()), u"nu_exista_db"_s, u"DEMO"_s, u"secret"_s);
         frmLogin->btnConnect->click();
-        QCOMPARE(m_msg->errors.size(), 1);
-        QVERIFY2(m_msg->errors.first().contains(u"nu_exista_db"_s), qPrintable(m_msg->errors.first()));
+        QCOMPARE(m_msg->informations.size(), 1);
+        QVERIFY2(m_msg->informations.first().contains(u"nu_exista_db"_s), qPrintable(m_msg->informations.first()));
         QVERIFY(!dmQuarv->pgConn->isOpen());
         QVERIFY(!QFile::exists(settingsFile()));
 
@@ -321,7 +337,8 @@ private slots:
             const qlonglong pid = backendPid();
             QVERIFY(backend == 0 || pid == backend);
             backend = pid;
-            QCOMPARE(m_msg->errors, QStringList{kBadLogin});
+            QCOMPARE(m_msg->all, QStringList{kBadLogin});
+            QCOMPARE(m_msg->informations, QStringList{kBadLogin});
             QVERIFY(frmLogin->isVisible());
             QVERIFY(dmQuarv->emitent.isEmpty());
             QVERIFY(dmQuarv->pgConn->isOpen());
@@ -335,7 +352,7 @@ private slots:
         m_msg->clear();
         typeGoodProfile(u"DUP"_s, u"x"_s);
         frmLogin->btnConnect->click();
-        QCOMPARE(m_msg->errors, QStringList{kBadLogin});
+        QCOMPARE(m_msg->informations, QStringList{kBadLogin});
         QVERIFY(dmQuarv->emitent.isEmpty());
 
         // An empty port cell is port 0.
@@ -343,6 +360,25 @@ private slots:
         typeProfile(m_pg->host(), QString(), m_pg->database(), u"DEMO"_s, u"secret"_s);
         frmLogin->btnConnect->click();
         QCOMPARE(dmQuarv->pgConn->port(), 0);
+
+        // No minus in the port box; a port outside 1..65535, typed or from a
+        // profile written elsewhere, is refused before anything is assigned.
+        typeProfile(u"alt-server"_s, u"-7"_s, m_pg->database(), u"DEMO"_s, u"secret"_s);
+        QCOMPARE(frmLogin->edtPort->text(), QStringLiteral("7"));
+        QTest::keyClicks(frmLogin->edtPort, u"0000"_s);
+        const QString hostBefore = dmQuarv->pgConn->host();
+        for (int bad : {70000, -1, 0, 65536}) {
+            m_msg->clear();
+            if (bad != 70000)
+                frmLogin->FDMemTableConectare->setFieldValue(u"port"_s, bad);
+            QCOMPARE(frmLogin->FDMemTableConectare->fieldValue(u"port"_s).toInt(), bad);
+            frmLogin->btnConnect->click();
+            QCOMPARE(m_msg->informations, QStringList{TfrmLogin::portRangeText()});
+            QCOMPARE(dmQuarv->pgConn->host(), hostBefore);
+            QCOMPARE(dmQuarv->pgConn->port(), 0);
+            QVERIFY(frmLogin->isVisible());
+            QVERIFY(dmQuarv->emitent.isEmpty());
+        }
         frmLogin->hide();
     }
 
@@ -402,7 +438,7 @@ private slots:
             typeGoodProfile(u"DEMO"_s, u"secret"_s);
             dmQuarv->caleDocumente = folder;
             frmLogin->btnConnect->click();
-            QCOMPARE(m_msg->errors, QStringList{u"Nu se poate crea fisierul conectareQUARV.xml\rin directorul "_s + folder});
+            QCOMPARE(m_msg->informations, QStringList{u"Nu se poate crea fisierul conectareQUARV.xml\rin directorul "_s + folder});
             // Signed in anyway; the window closed; the typed rows kept.
             QCOMPARE(dmQuarv->emitent, QStringLiteral("DEMO"));
             QVERIFY(!frmLogin->isVisible());

@@ -3,6 +3,7 @@
 #include "db/u_textmover.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -40,6 +41,55 @@ void writeFile(const QString &path, const QByteArray &data)
     QFile f(path);
     QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
     f.write(data);
+}
+
+// Reads a CSV the way a spreadsheet of a locale with the decimal point `dp`
+// does when it opens the file by double click: the byte-order mark decides
+// UTF-8 (without it the bytes are read as Latin-1), fields split on `sep`
+// outside quotes, a quoted field is unquoted and then read like any other;
+// a number is an optional minus, digits and at most one decimal point (no
+// exponent, no other separator), anything else stays text.
+QList<QVariantList> readLikeSpreadsheet(const QByteArray &file, QChar sep, QChar dp)
+{
+    QString text;
+    if (file.startsWith("\xEF\xBB\xBF"))
+        text = QString::fromUtf8(file.mid(3));
+    else
+        text = QString::fromLatin1(file);
+    const QRegularExpression number(QStringLiteral("^-?\\d+(%1\\d+)?$").arg(QRegularExpression::escape(QString(dp))));
+    QList<QVariantList> rows;
+    for (const QString &line : text.split(u"\r\n"_s, Qt::SkipEmptyParts)) {
+        QVariantList row;
+        QString cell;
+        bool quoted = false;
+        auto flush = [&] {
+            if (number.match(cell).hasMatch())
+                row << QString(cell).replace(dp, u'.').toDouble();
+            else
+                row << cell;
+            cell.clear();
+        };
+        for (qsizetype i = 0; i < line.size(); ++i) {
+            const QChar c = line[i];
+            if (quoted) {
+                if (c == u'"' && i + 1 < line.size() && line[i + 1] == u'"')
+                    cell += line[++i];
+                else if (c == u'"')
+                    quoted = false;
+                else
+                    cell += c;
+            } else if (c == u'"') {
+                quoted = true;
+            } else if (c == sep) {
+                flush();
+            } else {
+                cell += c;
+            }
+        }
+        flush();
+        rows << row;
+    }
+    return rows;
 }
 
 } // namespace
@@ -195,15 +245,44 @@ void TstDbMemory::textMover()
     t.appendRow({QString(u""_s), QVariant(), QVariant(), QVariant(), 0.1, -1, 0, false});
     const QString path = dir.filePath(QStringLiteral("out.csv"));
     writeFile(path, "old content that must go away, longer than the new one ............................................");
-    db::moveToText(t, path, u';');
+    // A desktop whose lists use ";" writes decimal commas.
+    const QLocale ro(QLocale::Romanian, QLocale::Romania);
+    db::moveToText(t, path, u';', ro);
     const QByteArray expected =
+        "\xEF\xBB\xBF"
         "ip;nota;zi;moment;suma;port;mare;activ;date\r\n"
-        "\"a;\"\"b\"\"\";\"\xc8\x99\xc8\x9b\";2024-03-01;2024-03-01 08:05:00;1234567.891;7;1099511627776;True;\"01ab\"\r\n"
-        "\"\";;;;0.1;-1;0;False;\r\n";
+        "\"a;\"\"b\"\"\";\"\xc8\x99\xc8\x9b\";2024-03-01;2024-03-01 08:05:00;1234567,891;7;1099511627776;True;\"01ab\"\r\n"
+        "\"\";;;;0,1;-1;0;False;\r\n";
     QCOMPARE(readAll(path), expected);
 
+    // Values a shortest-form writer gets wrong, read back as a ";" spreadsheet reads them.
+    MemTable n;
+    n.setFieldDefs({FieldDef{QStringLiteral("oras"), FieldType::Text}, FieldDef{QStringLiteral("suma"), FieldType::Float}});
+    const QList<double> values = {1e-7, -0.005, 1025.35, 123456789012.5, -0.0, 2.5e15};
+    for (double v : values)
+        n.appendRow({QStringLiteral("Brașov"), v});
+    db::moveToText(n, path, u';', ro);
+    const QByteArray bytes = readAll(path);
+    QVERIFY(!bytes.contains('e'));
+    const QList<QVariantList> read = readLikeSpreadsheet(bytes, u';', u',');
+    QCOMPARE(read.size(), values.size() + 1);
+    QCOMPARE(read[0], (QVariantList{u"oras"_s, u"suma"_s}));
+    for (qsizetype i = 0; i < values.size(); ++i) {
+        QCOMPARE(read[i + 1].value(0).toString(), QStringLiteral("Brașov"));
+        QCOMPARE(read[i + 1].value(1).typeId(), QMetaType::Double);
+        QCOMPARE(read[i + 1].value(1).toDouble(), values[i] == 0 ? 0.0 : values[i]);
+    }
+    // Separated by commas with a decimal comma: the number is quoted and still read whole.
+    db::moveToText(n, path, u',', ro);
+    const QList<QVariantList> commas = readLikeSpreadsheet(readAll(path), u',', u',');
+    QCOMPARE(commas.value(3), (QVariantList{u"Brașov"_s, 1025.35}));
+    // With a decimal point: plain digits too.
+    db::moveToText(n, path, u',', QLocale::c());
+    QCOMPARE(readLikeSpreadsheet(readAll(path), u',', u'.').value(1), (QVariantList{u"Brașov"_s, 1e-7}));
+    QVERIFY(readAll(path).contains("\r\n\"Bra\xc8\x99ov\",0.0000001\r\n"));
+
     db::moveToText(t, path, u'\t');
-    QVERIFY(readAll(path).startsWith("ip\tnota\tzi"));
+    QVERIFY(readAll(path).startsWith("\xEF\xBB\xBFip\tnota\tzi"));
     QVERIFY_THROWS_EXCEPTION(QuarvError, db::moveToText(t, dir.filePath(QStringLiteral("nodir/x.csv")), u','));
 }
 

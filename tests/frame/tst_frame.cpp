@@ -16,7 +16,7 @@
 #include "ui/u_grid.h"
 #include "ui/u_gridstrips.h"
 #include "ui/u_messages.h"
-#include "ui/u_platform.h"
+#include "ui/core/u_platform.h"
 
 #include <QFile>
 #include <QCalendarWidget>
@@ -253,6 +253,8 @@ private slots:
         setPeriod(f, QDate(2024, 1, 1), QDate(2024, 4, 30));
         f.Cauta();
         ui::GridModel *v = f.tableView();
+        // A desktop that lists with ";" writes decimal commas: both CSVs follow it.
+        v->setLocale(QLocale(QLocale::Romanian, QLocale::Romania));
         v->setFilterText(v->columnIndex(QStringLiteral("suma")), QStringLiteral(">15"));
         v->setColumnVisible(v->columnIndex(QStringLiteral("zi")), false);
         v->moveColumn(v->columnIndex(QStringLiteral("suma")), 0);
@@ -264,9 +266,9 @@ private slots:
         QCOMPARE(dlg.askedNames.last(), dir + QStringLiteral("/Proba.csv"));
         QStringList a = fileLines(dir + QStringLiteral("/a.csv"));
         QCOMPARE(a.value(0), QStringLiteral("Suma;Cod;Denumire"));
-        QCOMPARE(a.value(1), QStringLiteral("20.00;B2;\"Beta \"\"b\"\"\""));
+        QCOMPARE(a.value(1), QStringLiteral("20,00;B2;\"Beta \"\"b\"\"\""));
         QCOMPARE(a.size(), 5); // header, three rows, footer
-        QCOMPARE(a.value(4), QStringLiteral("90.00;;"));
+        QCOMPARE(a.value(4), QStringLiteral("90,00;;"));
         QCOMPARE(f.statusText(), dir + QStringLiteral("/a.csv"));
         QCOMPARE(m_msg->informations, QStringList{QStringLiteral("ok")});
 
@@ -276,7 +278,11 @@ private slots:
         const QStringList b = fileLines(dir + QStringLiteral("/b.csv"));
         QCOMPARE(b.size(), 5);
         QVERIFY2(b.value(0).remove(QLatin1Char('"')) == QStringLiteral("cod;den;suma;zi"), qPrintable(b.value(0)));
-        QVERIFY2(b.value(1).startsWith(QStringLiteral("\"A1\";\"Alfa\";10.5;")), qPrintable(b.value(1)));
+        QCOMPARE(b.value(1), QStringLiteral("\"A1\";\"Alfa\";10,5;2024-01-20"));
+        QFile bf(dir + QStringLiteral("/b.csv"));
+        QVERIFY(bf.open(QIODevice::ReadOnly));
+        QCOMPARE(bf.read(3), QByteArray("\xEF\xBB\xBF"));
+        bf.close();
         QCOMPARE(f.statusText(), dir + QStringLiteral("/b.csv"));
         QCOMPARE(m_msg->informations.size(), 2);
 
@@ -304,10 +310,40 @@ private slots:
         QCOMPARE(fileLines(dir + QStringLiteral("/e.csv")), a);
         QCOMPARE(m_msg->informations.size(), 2);
 
+        // Names typed without an extension get the variant's; the status bar
+        // names the file written; an extension of the operator's own stays.
+        const struct {
+            rep::ExportKind kind;
+            const char *typed;
+            const char *written;
+            const char *status;
+        } bare[] = {{rep::ExportKind::GridCsv, "/fara", "/fara.csv", "/fara.csv"},
+                    {rep::ExportKind::AllDataCsv, "/toate", "/toate.csv", "/toate.csv"},
+                    {rep::ExportKind::GridText, "/text.", "/text.csv", nullptr},
+                    {rep::ExportKind::GridXlsx, "/registru", "/registru.xlsx", nullptr},
+                    {rep::ExportKind::GridCsvStatus, "/fisa", "/fisa.csv", "/fisa.csv"},
+                    {rep::ExportKind::GridCsv, "/ales.txt", "/ales.txt", "/ales.txt"}};
+        for (const auto &c : bare) {
+            f.setStatusText(QString());
+            dlg.answers << dir + QLatin1String(c.typed);
+            f.exportButton(c.kind)->click();
+            QVERIFY2(QFile::exists(dir + QLatin1String(c.written)), c.written);
+            if (QLatin1String(c.typed) != QLatin1String(c.written))
+                QVERIFY2(!QFile::exists(dir + QLatin1String(c.typed)), c.typed);
+            if (c.status)
+                QVERIFY2(f.statusText().endsWith(dir + QLatin1String(c.status)), qPrintable(f.statusText()));
+        }
+        QFile reg(dir + QStringLiteral("/registru.xlsx"));
+        QVERIFY(reg.open(QIODevice::ReadOnly));
+        QCOMPARE(reg.read(2), QByteArray("PK"));
+        QVERIFY(m_msg->errors.isEmpty());
+        m_msg->clear();
+        f.setStatusText(QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
+
         // Cancel: nothing at all.
         f.exportButton(rep::ExportKind::GridCsv)->click(); // the queue is empty: a cancel
         QCOMPARE(f.statusText(), QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
-        QCOMPARE(m_msg->informations.size(), 2);
+        QVERIFY(m_msg->informations.isEmpty());
         QVERIFY(m_msg->errors.isEmpty());
 
         // A file that cannot be written: the error, the cleared status, no "ok".
@@ -315,7 +351,7 @@ private slots:
         f.exportButton(rep::ExportKind::GridCsv)->click();
         QCOMPARE(m_msg->errors.size(), 1);
         QVERIFY(f.statusText().isEmpty());
-        QCOMPARE(m_msg->informations.size(), 2);
+        QVERIFY(m_msg->informations.isEmpty());
 
         // With no Documents folder the backslash still leads.
         dmQuarv->caleDocumente.clear();
@@ -381,17 +417,23 @@ private slots:
         QCOMPARE(gs->lblGridName->text(), QStringLiteral("QUARV Proba2"));
         QCOMPARE(gs->targetView.data(), f2.tableView());
         QCOMPARE(gs->ds_style->rowCount(), 0);
-        // Saving into an empty list without a name: a clear message, nothing written.
+        // Saving into an empty list without a name: the server's own refusal, nothing written.
         gs->btnSalveaza->click();
-        QCOMPARE(m_msg->errors.value(0), QStringLiteral("Dati un nume stilului (style_name) inainte de a-l salva!"));
+        QCOMPARE(m_msg->errors.size(), 1);
+        QVERIFY2(m_msg->errors.value(0).contains(QStringLiteral("style_name")), qPrintable(m_msg->errors.value(0)));
         QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 1);
         QVERIFY(!QGuiApplication::overrideCursor());
         m_msg->errors.clear();
         gs->ds_style->cancel();
+        // A name of blanks is a name as the database takes it.
+        gs->ds_style->append();
+        gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("   "));
+        gs->ds_style->post();
+        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style where style_name = '   '")).toInt(), 1);
         gs->ds_style->append();
         gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Vedere 1"));
         gs->btnSalveaza->click();
-        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 2);
+        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 3);
         const QByteArray plain = ui::saveGridLayout(*f2.tableView());
 
         // Saving into a retired style makes it active again.
@@ -421,6 +463,74 @@ private slots:
         QVERIFY(!gs->ds_style->isActive());
     }
 
+    // Editing the list: "+" types into the new row only, the window's end
+    // drops what was not posted, "-" asks first.
+    void styleListEditing()
+    {
+        m_pg->exec(QStringLiteral("delete from grid_style;"
+                                  "insert into grid_style (grid_name, style_name, emitent, data_creare) values"
+                                  " ('QUARV Proba1', 'Alfa', 'E1', '2024-01-01'), ('QUARV Proba1', 'Beta', 'E1', '2024-02-01')"));
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        f.styleButton()->click();
+        TfrmGridStyle *gs = frmGridStyle;
+        ui::GridTableView *view = gs->cxGrid1DBTableView1;
+        ui::GridModel *m = gs->stylesView();
+        const int name = m->columnIndex(QStringLiteral("style_name"));
+        const int created = m->columnIndex(QStringLiteral("data_creare"));
+        QCOMPARE(m->rowCount(), 2);
+        m->setFocusedRow(1);
+        view->setFocusedColumn(created);
+
+        // "+": the row that had the focus keeps its own values; the new row
+        // holds today and the issuer; the keyboard is in its name.
+        QTest::mouseClick(gs->navigator()->button(ui::GridNavigator::Insert), Qt::LeftButton);
+        QVERIFY(view->insertRowShown());
+        QCOMPARE(view->accessibleCellText(1, name), QStringLiteral("Beta"));
+        QCOMPARE(view->accessibleCellText(1, created), QStringLiteral("01.02.2024"));
+        QCOMPARE(view->accessibleCellText(2, created), QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy")));
+        QCOMPARE(view->accessibleCellText(2, name), QString());
+        QCOMPARE(gs->focusWidget(), view);
+        QCOMPARE(view->focusedColumn(), name);
+        QTest::keyClicks(view, QStringLiteral("G"));
+        QVERIFY(view->isEditing());
+        QTest::keyClicks(view->cellEditor(), QStringLiteral("ama"));
+        QTest::keyClick(view->cellEditor(), Qt::Key_Return);
+        QCOMPARE(gs->ds_style->fieldValue(QStringLiteral("style_name")).toString(), QStringLiteral("Gama"));
+
+        // Esc ends the window as its close box does: the list closes, the new row is dropped.
+        QTest::keyClick(gs, Qt::Key_Escape);
+        QVERIFY(!gs->isVisible());
+        QVERIFY(!gs->ds_style->isActive());
+        QCOMPARE(m_pg->scalar(QStringLiteral("select string_agg(style_name, ',' order by style_name) from grid_style"))
+                     .toString(), QStringLiteral("Alfa,Beta"));
+
+        // The close box drops a pending change as well.
+        f.styleButton()->click();
+        QVERIFY(gs->ds_style->isActive());
+        gs->ds_style->first();
+        gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Alfa schimbat"));
+        gs->close();
+        QVERIFY(!gs->ds_style->isActive());
+        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style where style_name = 'Alfa'")).toInt(), 1);
+
+        // "-" asks; "Nu" keeps the row, "Da" deletes it.
+        f.styleButton()->click();
+        m_msg->clear();
+        m->setFocusedRow(0);
+        m_msg->answers << false;
+        gs->navigator()->button(ui::GridNavigator::Delete)->click();
+        QCOMPARE(m_msg->questions, QStringList{QStringLiteral("Stergeti inregistrarea selectata?")});
+        QCOMPARE(gs->ds_style->rowCount(), 2);
+        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 2);
+        m_msg->answers << true;
+        gs->navigator()->button(ui::GridNavigator::Delete)->click();
+        QCOMPARE(m_msg->questions.size(), 2);
+        QVERIFY(m_msg->errors.isEmpty());
+        QCOMPARE(m_pg->scalar(QStringLiteral("select string_agg(style_name, ',') from grid_style")).toString(),
+                 QStringLiteral("Beta"));
+        gs->close();
+    }
+
     // Styles of another issuer: listed and restorable, never changed.
     void ownershipAndDamage()
     {
@@ -445,7 +555,8 @@ private slots:
         gs->btnSalveaza->click();
         QCOMPARE(m_msg->errors, QStringList{kNoEdit});
         gs->ds_style->cancel();
-        gs->navigator()->button(ui::GridNavigator::Delete)->click();
+        gs->navigator()->button(ui::GridNavigator::Delete)->click(); // asked, answered "Da", refused
+        QCOMPARE(m_msg->questions.size(), 1);
         QCOMPARE(m_msg->errors, (QStringList{kNoEdit, kNoDelete}));
         QCOMPARE(m_pg->scalar(QStringLiteral("select style_name || emitent || (grid_style_bytea is not null) from grid_style"))
                      .toString(), QStringLiteral("AltulE2true"));
@@ -516,6 +627,20 @@ private slots:
         QCOMPARE(p.pick(), int(QDialog::Accepted));
         QCOMPARE(p.chosen(QStringLiteral("conts")), QStringLiteral("411"));
         QCOMPARE(p.dsConts->rowCount(), 3);
+
+        // Grouped, the focus on a group row: the record focused last is the choice.
+        QTimer::singleShot(0, &p, [&p] {
+            ui::GridModel *v = p.tableView();
+            v->groupByColumn(0);
+            v->expandAll();
+            QVERIFY(v->focusDataRow(1)); // 411
+            v->setFocusedRow(0);         // the group row of 401
+            p.btnOK->click();
+        });
+        QCOMPARE(p.pick(), int(QDialog::Accepted));
+        QCOMPARE(p.tableView()->rowKind(p.tableView()->focusedRow()), ui::RowKind::Group);
+        QCOMPARE(p.chosen(QStringLiteral("conts")), QStringLiteral("411"));
+        p.tableView()->clearGrouping();
 
         // Closed otherwise: no choice.
         QTimer::singleShot(0, &p, [&p] { p.reject(); });

@@ -9,6 +9,7 @@
 #include "ui/core/u_gridmodel.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
@@ -646,6 +647,50 @@ void TstGridCore::xlsxExport()
     QVERIFY(styles.contains("formatCode=\"#,##0.00;-#,##0.00\""));
     // the footer sums every row: 9 * 1000.5 + 36 = 9040.5, on the second sheet
     QVERIFY(s2.contains("<v>9040.5</v>"));
+
+    // Two levels, one sheet: each group footer at its group row's outline
+    // level, so folding a group leaves its sums in sight.
+    m.groupByColumn(3);
+    m.expandAll();
+    const QString two = dir.filePath(QStringLiteral("doua.xlsx"));
+    exportGridXlsx(m, two);
+    const QByteArray sheet = Unzipped(two).entry(QStringLiteral("xl/worksheets/sheet1.xml"));
+    QList<int> levels;      // the outline level of each row after the header
+    QStringList firstCells; // what its first cell says ("" when empty)
+    const QRegularExpression rowRe(QStringLiteral("<row r=\"(\\d+)\"([^>]*)>(.*?)</row>"));
+    for (auto it = rowRe.globalMatch(QString::fromUtf8(sheet)); it.hasNext();) {
+        const QRegularExpressionMatch r = it.next();
+        if (r.captured(1) == QLatin1String("1"))
+            continue;
+        const QRegularExpressionMatch lv = QRegularExpression(QStringLiteral("outlineLevel=\"(\\d)\"")).match(r.captured(2));
+        levels << (lv.hasMatch() ? lv.captured(1).toInt() : 0);
+        const QRegularExpressionMatch a = QRegularExpression(QStringLiteral("<c r=\"A\\d+\"[^>]*>.*?<t>(.*?)</t>")).match(r.captured(3));
+        firstCells << (a.hasMatch() ? a.captured(1) : QString());
+    }
+    // 2 accounts x (group + footer) + 4 inner groups x (group + footer) + 9 records + the grand footer
+    QCOMPARE(levels.size(), 4 + 8 + 9 + 1);
+    QList<int> expected;
+    for (qsizetype r = 0; r < m.rowCount(); ++r)
+        expected << (m.rowKind(r) == RowKind::Data ? 2 : m.rowLevel(r));
+    expected << 0; // the grand footer
+    QCOMPARE(levels, expected);
+    // the footer of "401" (just before the group row of "5121") is not folded with it
+    const qsizetype next = firstCells.indexOf(QStringLiteral("conts: 5121 (4)"));
+    QVERIFY(next > 0);
+    QCOMPARE(firstCells[next - 1], QString());
+    QCOMPARE(levels[next - 1], 0);
+    QCOMPARE(levels[next - 2], 1); // the inner group's footer, at the inner group's level
+
+    // The workbook gets the mode every other export gets; a replaced file keeps its own.
+    const QString csv = dir.filePath(QStringLiteral("doua.csv"));
+    exportGridCsv(m, csv, QLatin1Char(';'));
+    QCOMPARE(QFileInfo(two).permissions(), QFileInfo(csv).permissions());
+    const QFileDevice::Permissions kept = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup
+        | QFileDevice::ReadUser | QFileDevice::WriteUser;
+    QVERIFY(QFile::setPermissions(two, kept));
+    exportGridXlsx(m, two);
+    QCOMPARE(QFileInfo(two).permissions(), kept);
+    QCOMPARE(QDir(dir.path()).entryList({QStringLiteral(".*.tmp")}, QDir::Files | QDir::Hidden), QStringList());
 }
 
 void TstGridCore::emptyGridAndFailures()

@@ -12,7 +12,7 @@
 #include "ui/u_filedialog.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
-#include "ui/u_platform.h"
+#include "ui/core/u_platform.h"
 
 #include <QFile>
 #include <QPushButton>

@@ -8,6 +8,7 @@
 #include "ui/u_messages.h"
 
 #include <QAccessible>
+#include <functional>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QCheckBox>
@@ -105,6 +106,7 @@ private slots:
     void accessibleTableReadsCells();
     void editingPostsWhenLeavingTheRow();
     void refreshKeepsTheLayout();
+    void edgesScrollBarAndGroupCaption();
     void screenshot();
 };
 
@@ -304,6 +306,27 @@ void TstGridView::navigatorTextAndButtons()
     QCOMPARE(f.m->rowKind(f.m->focusedRow()), RowKind::Data);
     for (QToolButton *b : f.grid.findChildren<QToolButton *>())
         QVERIFY2(!b->accessibleName().isEmpty(), qPrintable(b->objectName()));
+
+    // On a group row or its footer: the group's first record, never 0.
+    f.m->expandAll(); // 401: records 1-2, 4111: 3-4, 5121: 5
+    QCOMPARE(f.m->rowKind(4), RowKind::Group);
+    f.m->setFocusedRow(4);
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 3 din 5"));
+    QCOMPARE(f.m->rowKind(7), RowKind::GroupFooter);
+    f.m->setFocusedRow(7);
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 3 din 5"));
+    f.m->setFocusedRow(0);
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 1 din 5"));
+    QVERIFY(nav->button(GridNavigator::First)->isEnabled()); // into the group's first record
+    QTest::mouseClick(f.grid.findChild<QToolButton *>(QStringLiteral("btnNext")), Qt::LeftButton);
+    QCOMPARE(f.m->focusedRow(), 1);
+    QCOMPARE(info->text(), QStringLiteral("Inregistrarea 1 din 5"));
+    // Screen readers read the position itself.
+    QAccessibleInterface *ia = QAccessible::queryAccessibleInterface(info);
+    QVERIFY(ia);
+    QCOMPARE(ia->text(QAccessible::Name), QStringLiteral("Inregistrarea 1 din 5"));
+    f.m->lastRecord();
+    QCOMPARE(ia->text(QAccessible::Name), QStringLiteral("Inregistrarea 5 din 5"));
 }
 
 void TstGridView::popupMenuActions()
@@ -473,12 +496,57 @@ void TstGridView::accessibleTableReadsCells()
     QCOMPARE(head->text(QAccessible::Name), QStringLiteral("valoare"));
     QCOMPARE(head->role(), QAccessible::ColumnHeader);
     QVERIFY(t->cellAt(5, 0) == nullptr);
+
+    // After the cells: the filter row, its editors named by their column, and
+    // the footer, a row of cells holding the sums as shown.
+    int cells = (t->rowCount() + 1) * t->columnCount();
+    QCOMPARE(iface->childCount(), cells + 2);
+    QAccessibleInterface *filter = iface->child(cells);
+    QVERIFY(filter);
+    QCOMPARE(filter->object(), f.view->filterRow());
+    QCOMPARE(iface->indexOfChild(filter), cells);
+    std::function<QAccessibleInterface *(QAccessibleInterface *, const QString &)> find =
+        [&find](QAccessibleInterface *in, const QString &name) -> QAccessibleInterface * {
+        for (int i = 0; i < in->childCount(); ++i) {
+            QAccessibleInterface *c = in->child(i);
+            if (!c)
+                continue;
+            if (c->text(QAccessible::Name) == name)
+                return c;
+            if (QAccessibleInterface *deeper = find(c, name))
+                return deeper;
+        }
+        return nullptr;
+    };
+    QAccessibleInterface *fe = find(filter, QStringLiteral("Filtru explicatie"));
+    QVERIFY(fe);
+    QCOMPARE(fe->role(), QAccessible::EditableText);
+    QAccessibleInterface *foot = iface->child(cells + 1);
+    QVERIFY(foot);
+    QCOMPARE(foot->role(), QAccessible::Footer);
+    QCOMPARE(foot->parent()->object(), f.view);
+    QCOMPARE(foot->childCount(), 4);
+    QCOMPARE(foot->child(2)->role(), QAccessible::Cell);
+    QCOMPARE(foot->child(2)->text(QAccessible::Name), QStringLiteral("1,317.75"));
+    QCOMPARE(foot->child(2)->text(QAccessible::Description), QStringLiteral("valoare"));
+    QCOMPARE(foot->child(0)->text(QAccessible::Name), QString());
+    QCOMPARE(foot->indexOfChild(foot->child(2)), 2);
+    QVERIFY(foot->child(2)->rect().intersects(QRect(f.view->footer()->mapToGlobal(QPoint(0, 0)), f.view->footer()->size())));
+    // the filter narrows the sums the footer reads
+    f.m->setFilterText(f.m->columnIndex(QStringLiteral("cont")), QStringLiteral("5121"));
+    QCOMPARE(foot->child(2)->text(QAccessible::Name), QStringLiteral("7.25"));
+    f.m->clearAllFilters();
+    f.m->setFooterVisible(false);
+    QCOMPARE(iface->childCount(), cells + 1);
+    f.m->setFooterVisible(true);
+
     // after grouping the interface reads the group rows as the operator sees them
     f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
     f.m->collapseAll();
     QCOMPARE(t->rowCount(), 6);
     QCOMPARE(t->cellAt(2, 0)->text(QAccessible::Name), QStringLiteral("cont: 4111 (2)"));
-    QCOMPARE(t->cellAt(3, 2)->text(QAccessible::Name), QStringLiteral("1,250.50"));
+    QCOMPARE(t->cellAt(3, 2)->text(QAccessible::Name), QStringLiteral("1,250.50")); // a group footer
+    QCOMPARE(t->cellAt(3, 0)->text(QAccessible::Name), QString());
     QVERIFY(t->selectRow(2));
     QVERIFY(t->isRowSelected(2));
 }
@@ -536,16 +604,22 @@ void TstGridView::editingPostsWhenLeavingTheRow()
     // A new row from the navigator shows under the last one, takes typing, posts on leaving.
     GridNavigator *nav = f.grid.navigator();
     nav->setButtonVisible(GridNavigator::Insert, true);
+    f.view->setFocusedColumn(f.m->columnIndex(QStringLiteral("data")));
+    nav->button(GridNavigator::Insert)->setFocus();
     QTest::mouseClick(nav->button(GridNavigator::Insert), Qt::LeftButton);
     QVERIFY(f.view->insertRowShown());
     QCOMPARE(f.view->totalRows(), 6);
     QCOMPARE(f.view->currentRow(), 5);
-    f.view->setFocus();
-    QTest::keyClick(f.view, Qt::Key_F2);
+    // the keyboard is in the new row, on its first cell that takes typing
+    QCOMPARE(f.grid.focusWidget(), f.view);
+    QCOMPARE(f.view->focusedColumn(), f.m->columnIndex(QStringLiteral("explicatie")));
+    typeText(f.view, QStringLiteral("n"));
     QVERIFY(f.view->isEditing());
-    typeText(f.view->cellEditor(), QStringLiteral("nou"));
+    typeText(f.view->cellEditor(), QStringLiteral("ou"));
     QTest::keyClick(f.view->cellEditor(), Qt::Key_Return);
     QCOMPARE(f.view->accessibleCellText(5, f.m->columnIndex(QStringLiteral("explicatie"))), QStringLiteral("nou"));
+    // the row that had the focus keeps showing its own values
+    QCOMPARE(f.view->accessibleCellText(2, f.m->columnIndex(QStringLiteral("explicatie"))), QStringLiteral("Taxă şcolară"));
     QTest::mouseClick(f.view->viewport(), Qt::LeftButton, {}, f.cellCenter(5, QStringLiteral("inactiv")));
     QCOMPARE(f.table->fieldValue(QStringLiteral("inactiv")), QVariant(true));
     QTest::keyClick(f.view, Qt::Key_Down);
@@ -557,10 +631,21 @@ void TstGridView::editingPostsWhenLeavingTheRow()
     // Escape drops a new row that is not wanted.
     QTest::mouseClick(nav->button(GridNavigator::Insert), Qt::LeftButton);
     QCOMPARE(f.view->totalRows(), 7);
-    f.view->setFocus();
     QTest::keyClick(f.view, Qt::Key_Escape);
     QCOMPARE(f.view->totalRows(), 6);
     QCOMPARE(f.table->rowCount(), 6);
+
+    // Delete asks first: "Nu" keeps the record, "Da" deletes it.
+    nav->setButtonVisible(GridNavigator::Delete, true);
+    f.m->setFocusedRow(0);
+    msgs.answers << false;
+    QTest::mouseClick(nav->button(GridNavigator::Delete), Qt::LeftButton);
+    QCOMPARE(msgs.questions, QStringList{QStringLiteral("Stergeti inregistrarea selectata?")});
+    QCOMPARE(f.table->rowCount(), 6);
+    msgs.answers << true;
+    QTest::mouseClick(nav->button(GridNavigator::Delete), Qt::LeftButton);
+    QCOMPARE(f.table->rowCount(), 5);
+    QCOMPARE(f.m->recordCount(), 5);
 }
 
 void TstGridView::refreshKeepsTheLayout()
@@ -595,8 +680,65 @@ void TstGridView::refreshKeepsTheLayout()
     auto *ve = f.view->filterRow()->editor(val);
     QCOMPARE(ve->mapTo(f.view->filterRow(), QPoint(0, 0)).x(), vx + 1);
     QCOMPARE(f.view->footer()->geometry().left(), f.view->viewport()->geometry().left());
-    QCOMPARE(f.view->footer()->width(), f.view->viewport()->width());
+    QCOMPARE(f.view->footer()->geometry().right(), f.view->width() - 1);
     QCOMPARE(f.view->columnAtX(vx + 5), val);
+}
+
+void TstGridView::edgesScrollBarAndGroupCaption()
+{
+    Fixture f;
+    GridStyleSheet sheet;
+    const QColor groupBg(0xF1, 0xEF, 0xE2);
+    sheet.set(GridElement::Group, {groupBg, {}, Qt::black});
+    f.view->setGridStyleSheet(sheet);
+    f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
+    f.m->expandAll();
+    f.grid.resize(300, 200); // rows and columns both overflow
+    QScrollBar *vb = f.view->verticalScrollBar();
+    QScrollBar *hb = f.view->horizontalScrollBar();
+
+    // The vertical bar stands beside the rows only; the strips above and
+    // below reach the right edge over its column.
+    auto check = [&] {
+        QTRY_VERIFY(vb->isVisible());
+        const QRect rows = f.view->viewport()->geometry();
+        const QRect bar(vb->mapTo(f.view, QPoint(0, 0)), vb->size());
+        QCOMPARE(bar.top(), rows.top());
+        QCOMPARE(bar.bottom(), rows.bottom());
+        for (QWidget *strip : {static_cast<QWidget *>(f.view->groupByBox()), static_cast<QWidget *>(f.view->header()),
+                               static_cast<QWidget *>(f.view->filterRow()), static_cast<QWidget *>(f.view->footer())}) {
+            QVERIFY2(!strip->geometry().intersects(bar), qPrintable(strip->objectName()));
+            QCOMPARE(strip->geometry().right(), f.view->width() - 1);
+        }
+    };
+    check();
+    f.grid.resize(320, 210);
+    check();
+    f.m->setFooterVisible(false);
+    check();
+    f.m->setGroupByBoxVisible(false);
+    check();
+
+    // Scrolled to the right end, the group rows keep their caption at the
+    // left edge of the rows.
+    f.m->setFocusedRow(1);
+    QVERIFY(hb->maximum() > 150);
+    hb->setValue(hb->maximum());
+    const QRect cap = f.view->groupCaptionRect(0);
+    QCOMPARE(cap.left(), f.view->indicatorWidth() + 2);
+    QVERIFY(cap.right() >= f.view->viewport()->width() - 1);
+    QVERIFY(f.view->groupCaptionRect(1).isNull()); // a data row
+    QImage img(f.view->viewport()->size(), QImage::Format_RGB32);
+    f.view->viewport()->render(&img);
+    int ink = 0;
+    const QRect row = f.view->rowRect(0);
+    for (int y = row.top() + 2; y < row.bottom() - 1; ++y)
+        for (int x = cap.left(); x < cap.left() + 60; ++x)
+            ink += QColor(img.pixel(x, y)) != groupBg;
+    QVERIFY2(ink > 20, qPrintable(QString::number(ink)));
+    // Unscrolled, it sits after the [+] as before.
+    hb->setValue(0);
+    QCOMPARE(f.view->groupCaptionRect(0).left(), f.view->indicatorWidth() + 18 + 2);
 }
 
 void TstGridView::screenshot()

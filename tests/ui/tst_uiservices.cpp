@@ -6,7 +6,7 @@
 #include "ui/u_dbcontrols.h"
 #include "ui/u_filedialog.h"
 #include "ui/u_messages.h"
-#include "ui/u_platform.h"
+#include "ui/core/u_platform.h"
 #include "ui/u_waitcursor.h"
 
 #include <QApplication>
@@ -78,6 +78,13 @@ private slots:
             QCOMPARE(dlg.askedNames.last(), QStringLiteral("/d\\Y.xlsx"));
         }
         QVERIFY(dynamic_cast<ui::WidgetFileDialog *>(&ui::fileDialog()));
+        // A chosen name without an extension gets the filter's.
+        QCOMPARE(ui::filterSuffix(u"*.xlsx"_s), QStringLiteral("xlsx"));
+        QCOMPARE(ui::filterSuffix(u"*.*"_s), QString());
+        QCOMPARE(ui::withDefaultSuffix(u"/d/raport"_s, u"csv"_s), QStringLiteral("/d/raport.csv"));
+        QCOMPARE(ui::withDefaultSuffix(u"/d/raport."_s, u"csv"_s), QStringLiteral("/d/raport.csv"));
+        QCOMPARE(ui::withDefaultSuffix(u"/d.v2/raport"_s, u"xlsx"_s), QStringLiteral("/d.v2/raport.xlsx"));
+        QCOMPARE(ui::withDefaultSuffix(u"/d/raport.txt"_s, u"csv"_s), QStringLiteral("/d/raport.txt"));
 
         ui::ScopedRecordingMessages msg;
         ui::messages().information(QStringLiteral("ok"));
@@ -86,6 +93,11 @@ private slots:
         QCOMPARE(msg.informations, QStringList{u"ok"_s});
         QCOMPARE(msg.errors, QStringList{u"Alegeti Conts!"_s});
         QCOMPARE(msg.all, QStringList({u"ok"_s, u"Alegeti Conts!"_s}));
+        // Questions are answered from the queue, "Da" when it is empty.
+        msg.answers << false;
+        QVERIFY(!ui::confirmDelete());
+        QVERIFY(ui::confirmDelete());
+        QCOMPARE(msg.questions, QStringList(2, u"Stergeti inregistrarea selectata?"_s));
     }
 
     void boundEditAndNavigator()
@@ -154,9 +166,24 @@ private slots:
         QVERIFY(!nav->button(N::Delete)->isEnabled());
         nav->click(N::Delete);
         QCOMPARE(t.rowCount(), 2);
+        QVERIFY(msg.questions.isEmpty());
         nav->setButtonAllowed(N::Delete, true);
+        // Delete asks first: "Nu" keeps the row, "Da" deletes it.
+        msg.answers << false;
+        nav->click(N::Delete);
+        QCOMPARE(msg.questions, QStringList{u"Stergeti inregistrarea selectata?"_s});
+        QCOMPARE(t.rowCount(), 2);
+        msg.answers << true;
         nav->click(N::Delete);
         QCOMPARE(t.rowCount(), 1);
+        // ... also for a new row not posted yet.
+        nav->click(N::Insert);
+        msg.answers << false;
+        nav->click(N::Delete);
+        QCOMPARE(t.state(), db::DataSet::State::Insert);
+        nav->click(N::Delete);
+        QVERIFY(!t.isEditing());
+        QCOMPARE(msg.questions.size(), 4);
 
         // A refused post is reported and the edit stays.
         t.beforePost = [](db::DataSet &) { throw QuarvError(QStringLiteral("refuzat")); };
@@ -168,6 +195,18 @@ private slots:
         t.close();
         QVERIFY(!name->isEnabled());
         QVERIFY(name->text().isEmpty());
+
+        // A range for an integer field: no minus for a positive range, no
+        // digit more than its top has, also once the table is opened again.
+        number->setIntRange(1, 65535);
+        t.beforePost = nullptr;
+        t.open();
+        nav->click(N::Insert);
+        QTest::keyClicks(number, QStringLiteral("-7"));
+        QCOMPARE(number->text(), QStringLiteral("7"));
+        QTest::keyClicks(number, QStringLiteral("00000"));
+        QCOMPARE(number->text(), QStringLiteral("70000"));
+        QCOMPARE(t.fieldValue(QStringLiteral("numar")).toInt(), 70000);
     }
 };
 

@@ -10,9 +10,7 @@
 
 #include <xlsxwriter.h>
 
-#include <filesystem>
 #include <string>
-#include <system_error>
 
 namespace ui {
 
@@ -250,7 +248,8 @@ public:
                 break;
             }
             case RowKind::GroupFooter:
-                beginRow(m_src.d.nodes[size_t(idx)].level + 1);
+                // At its group row's level: folding the group keeps its sums in sight.
+                beginRow(m_src.d.nodes[size_t(idx)].level);
                 writeSummaries(idx);
                 break;
             }
@@ -264,11 +263,23 @@ public:
         const lxw_error err = workbook_close(wb);
         if (err != LXW_NO_ERROR)
             writeFailed(m_path, QString::fromUtf8(lxw_strerror(err)));
-        std::error_code ec;
-        std::filesystem::rename(std::filesystem::path(m_tmpName.constData()),
-                                std::filesystem::path(QFile::encodeName(m_path).constData()), ec);
-        if (ec)
-            writeFailed(m_path, QString::fromLocal8Bit(ec.message().c_str()));
+        // Copied into place through QSaveFile rather than renamed: the
+        // workbook then gets the mode every other export gets (the temporary
+        // file is readable by its owner only) and still appears whole or not at all.
+        QFile built(m_tmp.fileName());
+        if (!built.open(QIODevice::ReadOnly))
+            writeFailed(m_path, built.errorString());
+        QSaveFile out(m_path);
+        if (!out.open(QIODevice::WriteOnly))
+            writeFailed(m_path, out.errorString());
+        QByteArray chunk;
+        while (!(chunk = built.read(kFlushAt)).isEmpty())
+            if (out.write(chunk) != chunk.size())
+                writeFailed(m_path, out.errorString());
+        if (built.error() != QFileDevice::NoError)
+            writeFailed(m_path, built.errorString());
+        if (!out.commit())
+            writeFailed(m_path, out.errorString());
     }
 
 private:

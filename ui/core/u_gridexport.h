@@ -20,12 +20,13 @@
 // Spreadsheet (.xlsx): the same rows; numbers, dates and booleans as native
 // cells carrying the column's (or summary's) display format; the header row
 // bold and frozen; column widths from the grid; groups as outline levels
-// (group rows at their level, their contents one level deeper, folding
-// buttons above); more rows than a worksheet holds continue on further
+// (group rows and their footers at the group's level, their contents one
+// level deeper, folding buttons above); more rows than a worksheet holds continue on further
 // worksheets ("Sheet1", "Sheet2", ...), each starting with the header.
 //
-// Files are written completely or not at all: text through QSaveFile, the
-// workbook to a temporary file renamed at the end. Failures raise QuarvError
+// Files are written completely or not at all, through QSaveFile (the workbook
+// is built in a temporary file first), so every variant creates its file with
+// the same mode and a replaced file keeps its own. Failures raise QuarvError
 // with the file system's message.
 
 #include <QChar>

@@ -1,5 +1,7 @@
 #include "ui/core/u_gridformat.h"
 
+#include "db/u_textmover.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -251,29 +253,8 @@ QByteArray NumberFormat::spreadsheetFormat() const
 
 QString plainNumberText(double v, const QLocale &locale)
 {
-    if (std::isnan(v))
-        return QStringLiteral("NaN");
-    char buf[64];
-    auto res = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::general, 15);
-    QByteArray s(buf, int(res.ptr - buf));
-    if (s.contains('e')) {
-        // no exponent form in a ledger: fixed, trailing zeros dropped
-        const double a = std::fabs(v);
-        const int mag = a >= 1 ? int(std::floor(std::log10(a))) + 1 : 0;
-        const int dec = std::max(0, 15 - mag);
-        std::string big(400, '\0');
-        auto r2 = std::to_chars(big.data(), big.data() + big.size(), v, std::chars_format::fixed, dec);
-        s = QByteArray(big.data(), int(r2.ptr - big.data()));
-        if (s.contains('.')) {
-            while (s.endsWith('0'))
-                s.chop(1);
-            if (s.endsWith('.'))
-                s.chop(1);
-        }
-    }
-    if (s == "-0")
-        s = "0";
-    QString out = QString::fromLatin1(s);
+    // The same digits the data mover writes, so both CSV exports agree.
+    QString out = QString::fromLatin1(db::plainNumber(v));
     const QString dp = locale.decimalPoint();
     if (dp != QLatin1String("."))
         out.replace(QLatin1Char('.'), dp);

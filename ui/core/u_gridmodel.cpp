@@ -2049,7 +2049,17 @@ qsizetype GridModel::recordNumber() const
     if (d->focus < 0 || d->focus >= qsizetype(d->drows.size()))
         return 0;
     const DRow &r = d->drows[size_t(d->focus)];
-    return r.kind == RowKind::Data ? r.rec + 1 : 0;
+    if (r.kind == RowKind::Data)
+        return r.rec + 1;
+    // A group row or its footer: the group's first record.
+    return r.node >= 0 && size_t(r.node) < d->nodes.size() ? d->nodes[size_t(r.node)].first + 1 : 0;
+}
+
+qsizetype GridModel::recordIndexOfDataRow(qsizetype row) const
+{
+    if (row < 0 || row >= qsizetype(d->recPos.size()))
+        return -1;
+    return d->recPos[size_t(row)];
 }
 
 qsizetype GridModel::recordDataRow(qsizetype recordIndex) const

@@ -228,9 +228,12 @@ public:
     bool focusDataRow(qsizetype dataRow);
     qsizetype displayRowOfDataRow(qsizetype dataRow) const; // -1 when filtered out or collapsed
     // "record N of M": M = data rows passing the filters; N = 1-based position
-    // of the focused record in the expanded order (0 when the focus is not on a record).
+    // of the focused record in the expanded order; on a group row or a group
+    // footer, that of the group's first record; 0 only without a focused row.
     qsizetype recordCount() const;
     qsizetype recordNumber() const;
+    // 0-based position of a dataset row among the records, -1 when the filter drops it.
+    qsizetype recordIndexOfDataRow(qsizetype dataRow) const;
     // Dataset row of the record at 0-based position in the expanded order.
     qsizetype recordDataRow(qsizetype recordIndex) const;
     // Navigator moves over records (expanding groups as needed).

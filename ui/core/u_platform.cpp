@@ -1,7 +1,6 @@
-#include "ui/u_platform.h"
+#include "ui/core/u_platform.h"
 
 #include <QDir>
-#include <QFont>
 #include <QLocale>
 #include <QStandardPaths>
 
@@ -72,14 +71,6 @@ QChar listSeparator()
     const QString decimal = QLocale::system().decimalPoint();
     return decimal == QLatin1String(",") ? QLatin1Char(';') : QLatin1Char(',');
 #endif
-}
-
-void installFontSubstitutes()
-{
-    const QStringList narrow = {QStringLiteral("Liberation Sans"), QStringLiteral("Arimo"),
-                                QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed")};
-    for (const char *family : {"Tahoma", "MS Sans Serif"})
-        QFont::insertSubstitutions(QString::fromLatin1(family), narrow);
 }
 
 void setDocumentsFolderOverride(std::optional<QString> folder)

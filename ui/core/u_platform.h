@@ -1,6 +1,6 @@
 #pragma once
-// What the program asks of the desktop it runs on: the user's Documents
-// folder and the list separator of the user's locale. Windows calls on
+// What the programs ask of the desktop they run on: the user's Documents
+// folder and the list separator of the user's locale (Qt Core only). Windows calls on
 // Windows, the nearest equivalent elsewhere; tests can pin both.
 
 #include <QChar>
@@ -22,10 +22,6 @@ QString documentsFile(const QString &folder, const QString &nameWithBackslash);
 // First character of the user locale's list separator (',' when unknown).
 // Outside Windows: ';' when the locale's decimal point is ',', else ','.
 QChar listSeparator();
-
-// The forms are designed in Tahoma and MS Sans Serif; where those are
-// missing, narrow sans fonts stand in so captions fit their designed widths.
-void installFontSubstitutes();
 
 // Test hooks: a value pins the answer, std::nullopt asks the system again.
 void setDocumentsFolderOverride(std::optional<QString> folder);

@@ -1,0 +1,16 @@
+#include "ui/u_fonts.h"
+
+#include <QFont>
+#include <QStringList>
+
+namespace ui::platform {
+
+void installFontSubstitutes()
+{
+    const QStringList narrow = {QStringLiteral("Liberation Sans"), QStringLiteral("Arimo"),
+                                QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed")};
+    for (const char *family : {"Tahoma", "MS Sans Serif"})
+        QFont::insertSubstitutions(QString::fromLatin1(family), narrow);
+}
+
+} // namespace ui::platform
