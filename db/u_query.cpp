@@ -341,6 +341,8 @@ void Query::fetch()
                                     pg::appendText(col, PQgetvalue(r.get(), 0, f), PQgetlength(r.get(), 0, f));
                             }
                             ++rows;
+                            if (m_progress && (rows & 0xFFFF) == 0)
+                                m_progress(rows);
                         }
                     } else if (st != PGRES_COMMAND_OK && st != PGRES_EMPTY_QUERY && !error) {
                         error = std::make_unique<QuarvError>(c.resultError(r.get()));

@@ -15,6 +15,8 @@
 
 #include <QStringList>
 
+#include <functional>
+
 namespace db {
 
 class Query : public DataSet {
@@ -34,6 +36,9 @@ public:
     // QByteArray; an invalid QVariant binds NULL. Unknown names throw.
     void setParam(const QString &name, const QVariant &value);
     QVariant param(const QString &name) const;
+
+    // Called with the rows fetched so far, every 65,536 rows of a fetch.
+    void setFetchProgress(std::function<void(qsizetype)> progress) { m_progress = std::move(progress); }
 
     // Makes the dataset editable over one table.
     void setUpdateTable(const QString &table);
@@ -73,6 +78,7 @@ private:
     QStringList m_paramNames;
     QString m_updateTable;
     bool m_deferredBlobs = false;
+    std::function<void(qsizetype)> m_progress;
 };
 
 } // namespace db

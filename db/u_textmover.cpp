@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <string>
 
 namespace db {
@@ -16,11 +18,18 @@ namespace {
 
 void appendQuoted(QByteArray &out, QByteArrayView text)
 {
+    // Whole runs between quotes at a time: most values hold none.
     out += '"';
-    for (char ch : text) {
-        if (ch == '"')
-            out += '"';
-        out += ch;
+    const char *p = text.data(), *end = p + text.size();
+    while (p < end) {
+        const auto *q = static_cast<const char *>(std::memchr(p, '"', size_t(end - p)));
+        if (!q) {
+            out.append(p, end - p);
+            break;
+        }
+        out.append(p, q - p + 1);
+        out += '"';
+        p = q + 1;
     }
     out += '"';
 }
@@ -63,79 +72,142 @@ QByteArray plainNumber(double v)
     return s;
 }
 
-void moveToText(const DataSet &ds, const QString &path, QChar separator, const QLocale &locale)
-{
-    QSaveFile file(path);
-    auto fail = [&]() {
-        throw QuarvError(QStringLiteral("Fisierul %1 nu poate fi scris: %2").arg(path, file.errorString()));
-    };
-    if (!file.open(QIODevice::WriteOnly))
-        fail();
-    const QByteArray sep = QString(separator).toUtf8();
-    const QByteArray point = locale.decimalPoint().toUtf8();
-    const int nf = ds.fieldCount();
+struct TextMover::Impl {
+    const DataSet &ds;
+    QString path;
+    QByteArray sep, point;
+    std::unique_ptr<QSaveFile> file;
     QByteArray out;
-    out.reserve(1 << 20);
-    // The mark tells a spreadsheet opening the file that it is UTF-8 ("Brașov").
-    out += "\xEF\xBB\xBF";
-    for (int f = 0; f < nf; ++f) {
-        if (f)
-            out += sep;
-        out += ds.fieldDef(f).name.toUtf8();
+    qsizetype written = -1; // rows written; -1 before the header
+
+    [[noreturn]] void fail() const
+    {
+        throw QuarvError(QStringLiteral("Fisierul %1 nu poate fi scris: %2").arg(path, file->errorString()));
     }
-    out += "\r\n";
-    char buf[64];
-    for (qsizetype r = 0; r < ds.rowCount(); ++r) {
-        for (int f = 0; f < nf; ++f) {
-            if (f)
-                out += sep;
-            const Column &c = ds.column(f);
-            // Values not read yet (deferred blobs) count as empty.
-            if (c.isNull(r))
-                continue;
-            switch (c.type()) {
-            case FieldType::String:
-            case FieldType::Text: appendQuoted(out, c.bytes(r)); break;
-            case FieldType::Bytes: appendQuoted(out, c.bytes(r).toByteArray().toHex()); break;
-            case FieldType::Float: {
-                QByteArray n = plainNumber(c.asDouble(r));
-                if (point != ".")
-                    n.replace('.', point);
-                if (n.contains(sep))
-                    appendQuoted(out, n);
-                else
-                    out += n;
-                break;
-            }
-            case FieldType::Int32:
-            case FieldType::Int64: {
-                const auto res = std::to_chars(buf, buf + sizeof buf, c.asInt64(r));
-                out.append(buf, res.ptr - buf);
-                break;
-            }
-            case FieldType::Bool: out += c.asBool(r) ? "True" : "False"; break;
-            case FieldType::Date: appendDate(out, c.asDate(r)); break;
-            case FieldType::DateTime: {
-                const QDateTime dt = c.asDateTime(r);
-                appendDate(out, dt.date());
-                const QTime t = dt.time();
-                const int n = t.msec() ? std::snprintf(buf, sizeof buf, " %02d:%02d:%02d.%03d", t.hour(), t.minute(),
-                                                       t.second(), t.msec())
-                                       : std::snprintf(buf, sizeof buf, " %02d:%02d:%02d", t.hour(), t.minute(), t.second());
-                out.append(buf, n);
-                break;
-            }
-            }
-        }
-        out += "\r\n";
-        if (out.size() > (1 << 20) - 4096) {
-            if (file.write(out) != out.size())
+    void open()
+    {
+        file = std::make_unique<QSaveFile>(path);
+        if (!file->open(QIODevice::WriteOnly))
+            fail();
+        out.resize(0);
+        written = -1;
+    }
+    void flush(bool always)
+    {
+        if ((always || out.size() > (1 << 20) - 4096) && !out.isEmpty()) {
+            if (file->write(out) != out.size())
                 fail();
             out.resize(0);
         }
     }
-    if (file.write(out) != out.size() || !file.commit())
-        fail();
+    void header()
+    {
+        // The mark tells a spreadsheet opening the file that it is UTF-8 ("Brașov").
+        out += "\xEF\xBB\xBF";
+        for (int f = 0; f < ds.fieldCount(); ++f) {
+            if (f)
+                out += sep;
+            out += ds.fieldDef(f).name.toUtf8();
+        }
+        out += "\r\n";
+        written = 0;
+    }
+    void row(qsizetype r);
+};
+
+void TextMover::Impl::row(qsizetype r)
+{
+    char buf[64];
+    const int nf = ds.fieldCount();
+    for (int f = 0; f < nf; ++f) {
+        if (f)
+            out += sep;
+        const Column &c = ds.column(f);
+        // Values not read yet (deferred blobs) count as empty.
+        if (c.isNull(r))
+            continue;
+        switch (c.type()) {
+        case FieldType::String:
+        case FieldType::Text: appendQuoted(out, c.bytes(r)); break;
+        case FieldType::Bytes: appendQuoted(out, c.bytes(r).toByteArray().toHex()); break;
+        case FieldType::Float: {
+            const double v = c.asDouble(r);
+            // The usual case without an allocation: shortest form, no exponent.
+            const auto res = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::general, 15);
+            QByteArrayView n(buf, res.ptr - buf);
+            QByteArray slow;
+            if (n.contains('e') || n.contains('n') || n == "-0") {
+                slow = plainNumber(v);
+                n = slow;
+            }
+            if (point != "." && n.contains('.')) {
+                slow = n.toByteArray().replace('.', point);
+                n = slow;
+            }
+            if (n.contains(QByteArrayView(sep)))
+                appendQuoted(out, n);
+            else
+                out.append(n.data(), n.size());
+            break;
+        }
+        case FieldType::Int32:
+        case FieldType::Int64: {
+            const auto res = std::to_chars(buf, buf + sizeof buf, c.asInt64(r));
+            out.append(buf, res.ptr - buf);
+            break;
+        }
+        case FieldType::Bool: out += c.asBool(r) ? "True" : "False"; break;
+        case FieldType::Date: appendDate(out, c.asDate(r)); break;
+        case FieldType::DateTime: {
+            const QDateTime dt = c.asDateTime(r);
+            appendDate(out, dt.date());
+            const QTime t = dt.time();
+            const int n = t.msec() ? std::snprintf(buf, sizeof buf, " %02d:%02d:%02d.%03d", t.hour(), t.minute(),
+                                                   t.second(), t.msec())
+                                   : std::snprintf(buf, sizeof buf, " %02d:%02d:%02d", t.hour(), t.minute(), t.second());
+            out.append(buf, n);
+            break;
+        }
+        }
+    }
+    out += "\r\n";
+    flush(false);
+}
+
+TextMover::TextMover(const DataSet &ds, const QString &path, QChar separator, const QLocale &locale)
+    : d(std::make_unique<Impl>(Impl{ds, path, QString(separator).toUtf8(), locale.decimalPoint().toUtf8(), {}, {}, -1}))
+{
+    d->out.reserve(1 << 20);
+    d->open();
+}
+
+TextMover::~TextMover() = default;
+
+void TextMover::writeRows(qsizetype upTo)
+{
+    if (d->written > upTo)
+        d->open(); // the rows were read anew from the start: so is the file
+    if (d->written < 0) {
+        if (d->ds.fieldCount() == 0)
+            return; // no fields yet: the header waits for them
+        d->header();
+    }
+    for (; d->written < upTo; ++d->written)
+        d->row(d->written);
+}
+
+void TextMover::finish()
+{
+    writeRows(d->ds.rowCount());
+    d->flush(true);
+    if (!d->file->commit())
+        d->fail();
+}
+
+void moveToText(const DataSet &ds, const QString &path, QChar separator, const QLocale &locale)
+{
+    TextMover mover(ds, path, separator, locale);
+    mover.finish();
 }
 
 } // namespace db

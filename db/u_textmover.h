@@ -16,9 +16,30 @@
 #include <QLocale>
 #include <QString>
 
+#include <memory>
+
 namespace db {
 
 class DataSet;
+
+// The same move row by row, for rows still arriving: writeRows(n) writes the
+// rows not written yet below n (the header first, once the fields are known);
+// finish() writes the rest and replaces the destination. A mover destroyed
+// before finish() leaves the destination as it was. Rows read anew from the
+// start (a query re-run after a dropped link) start the file anew.
+class TextMover {
+public:
+    TextMover(const DataSet &ds, const QString &path, QChar separator, const QLocale &locale = QLocale());
+    ~TextMover();
+    TextMover(const TextMover &) = delete;
+    TextMover &operator=(const TextMover &) = delete;
+    void writeRows(qsizetype upTo);
+    void finish();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> d;
+};
 
 // Throws QuarvError with the file system's message when the file cannot be written.
 void moveToText(const DataSet &ds, const QString &path, QChar separator, const QLocale &locale = QLocale());

@@ -43,6 +43,7 @@
 // looked for in /usr/bin, then under /usr/lib/postgresql/15/bin. The period
 // row found on the server is put back at the end.
 
+#include "bench/common/u_benchpsql.h"
 #include "session/u_dmQuarv.h"
 #include "reports/common/u_frmConts_select.h"
 #include "reports/u_frmAnalizaContabilaDetaliata.h"
@@ -80,11 +81,10 @@
 
 namespace {
 
-QString env(const char *name, const char *fallback)
-{
-    const QString v = qEnvironmentVariable(name);
-    return v.isEmpty() ? QString::fromLatin1(fallback) : v;
-}
+using benchlib::copyCommand;
+using benchlib::env;
+using benchlib::psqlProgram;
+using benchlib::runPsql;
 
 double elapsedMs(const QElapsedTimer &t)
 {
@@ -273,53 +273,6 @@ void benchCautaVsRaw(const char *name, TReportForm *f, PGconn *raw, const QStrin
     if (rows != last.rows)
         std::fprintf(stderr, "bench_reports: %s: the form holds %lld rows, the raw fetch read %lld\n", name,
                      static_cast<long long>(rows), last.rows);
-}
-
-// ----- psql's \copy
-
-QString psqlProgram()
-{
-    for (const char *p : {"/usr/bin/psql", "/usr/lib/postgresql/15/bin/psql"})
-        if (QFileInfo(QString::fromLatin1(p)).isExecutable())
-            return QString::fromLatin1(p);
-    return {};
-}
-
-// The \copy command of `sql` (as it stands, line breaks included: psql -c
-// hands the whole text to the one command) into `file`, as CSV with a header line.
-QString copyCommand(const QString &sql, const QString &file)
-{
-    QString text = sql;
-    while (!text.isEmpty() && (text.back().isSpace() || text.back() == QLatin1Char(';')))
-        text.chop(1);
-    QString path = file;
-    path.replace(QLatin1Char('\''), QLatin1String("''"));
-    return QStringLiteral("\\copy (") + text + QStringLiteral(") to '") + path + QStringLiteral("' with csv header");
-}
-
-// psql running `command`, from its start to its exit.
-double runPsql(const QString &program, const QString &command)
-{
-    QProcess p;
-    QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-    e.insert(QStringLiteral("PGPASSWORD"), env("QUARV_BENCH_PASSWORD", "kadrim"));
-    e.insert(QStringLiteral("PGCLIENTENCODING"), QStringLiteral("UTF8"));
-    p.setProcessEnvironment(e);
-    p.setProgram(program);
-    p.setArguments({QStringLiteral("-X"), QStringLiteral("-q"), QStringLiteral("-v"), QStringLiteral("ON_ERROR_STOP=1"),
-                    QStringLiteral("-h"), env("QUARV_BENCH_HOST", "127.0.0.1"), QStringLiteral("-p"),
-                    env("QUARV_BENCH_PORT", "5432"), QStringLiteral("-U"), env("QUARV_BENCH_USER", "quarv"),
-                    QStringLiteral("-d"), env("QUARV_BENCH_DB", "quarv_mare"), QStringLiteral("-c"), command});
-    QElapsedTimer t;
-    t.start();
-    p.start();
-    if (!p.waitForStarted(-1))
-        throw QuarvError(QStringLiteral("%1: %2").arg(program, p.errorString()));
-    p.waitForFinished(-1);
-    const double ms = elapsedMs(t);
-    if (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0)
-        throw QuarvError(QStringLiteral("psql: ") + QString::fromLocal8Bit(p.readAllStandardError()).trimmed());
-    return ms;
 }
 
 double fileMb(const QString &path)

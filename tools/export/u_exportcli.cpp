@@ -1,0 +1,456 @@
+#include "tools/export/u_exportcli.h"
+
+#include "db/u_connection.h"
+#include "db/u_error.h"
+#include "db/u_query.h"
+#include "db/u_textmover.h"
+#include "reports/core/u_reportrun.h"
+#include "reports/core/u_reports.h"
+#include "reports/core/u_signin.h"
+#include "reports/core/u_stylestore.h"
+#include "ui/core/u_gridexport.h"
+#include "ui/core/u_gridlayout.h"
+#include "ui/core/u_gridmodel.h"
+#include "ui/core/u_platform.h"
+
+#include <QElapsedTimer>
+
+#include <cstdio>
+#include <memory>
+#include <iostream>
+#include <string>
+
+#ifdef Q_OS_WIN
+#  ifndef NOMINMAX
+#    define NOMINMAX
+#  endif
+#  include <io.h>
+#  include <windows.h>
+#  define QUARV_ISATTY _isatty
+#  define QUARV_FILENO _fileno
+#else
+#  include <termios.h>
+#  include <unistd.h>
+#  define QUARV_ISATTY isatty
+#  define QUARV_FILENO fileno
+#endif
+
+namespace cli {
+
+namespace {
+
+const QString kProgram = QStringLiteral("tkquarv-export");
+
+void printErr(const QString &text)
+{
+    std::fputs(text.toUtf8().constData(), stderr);
+    std::fputc('\n', stderr);
+    std::fflush(stderr);
+}
+
+void printOut(const QString &text)
+{
+    std::fputs(text.toUtf8().constData(), stdout);
+    std::fputc('\n', stdout);
+}
+
+bool isTerminal(FILE *f) { return QUARV_ISATTY(QUARV_FILENO(f)) != 0; }
+
+// The export kinds each format stands for (the account sheet's csv writes to
+// its status bar on screen; here it is the same file).
+QList<rep::ExportKind> kindsOf(const QString &format)
+{
+    if (format == QLatin1String("csv-grid"))
+        return {rep::ExportKind::GridCsv, rep::ExportKind::GridCsvStatus};
+    if (format == QLatin1String("csv-all"))
+        return {rep::ExportKind::AllDataCsv};
+    if (format == QLatin1String("text"))
+        return {rep::ExportKind::GridText};
+    if (format == QLatin1String("xlsx"))
+        return {rep::ExportKind::GridXlsx};
+    return {};
+}
+
+QStringList formatsOf(const rep::ReportDesc &d)
+{
+    QStringList out;
+    for (const char *f : {"csv-grid", "csv-all", "text", "xlsx"}) {
+        const QString format = QString::fromLatin1(f);
+        for (rep::ExportKind k : kindsOf(format))
+            if (d.exportOf(k) && !out.contains(format))
+                out << format;
+    }
+    return out;
+}
+
+const rep::EditorDesc *accountEditor(const rep::ReportDesc &d)
+{
+    for (const rep::EditorDesc &e : d.editors)
+        if (e.kind != rep::EditorKind::Date)
+            return &e;
+    return nullptr;
+}
+
+// The password: the first line of standard input, or typed on the terminal
+// without echo; never an argument.
+QString readPassword(bool fromStdin)
+{
+    if (!fromStdin && !isTerminal(stdin))
+        throw UsageError{QStringLiteral("Parola nu poate fi ceruta: nu exista un terminal. "
+                                        "Folositi --password-stdin si dati parola pe intrarea standard.")};
+    if (!fromStdin) {
+        std::fputs("Parola: ", stderr);
+        std::fflush(stderr);
+    }
+#ifdef Q_OS_WIN
+    HANDLE in = GetStdHandle(STD_INPUT_HANDLE);
+    DWORD mode = 0;
+    const bool hide = !fromStdin && GetConsoleMode(in, &mode);
+    if (hide)
+        SetConsoleMode(in, mode & ~DWORD(ENABLE_ECHO_INPUT));
+#else
+    termios saved{};
+    const bool hide = !fromStdin && tcgetattr(STDIN_FILENO, &saved) == 0;
+    if (hide) {
+        termios quiet = saved;
+        quiet.c_lflag &= ~tcflag_t(ECHO);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+    }
+#endif
+    std::string line;
+    const bool got = bool(std::getline(std::cin, line));
+#ifdef Q_OS_WIN
+    if (hide)
+        SetConsoleMode(in, mode);
+#else
+    if (hide)
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
+#endif
+    if (!fromStdin)
+        std::fputc('\n', stderr);
+    if (!got)
+        throw UsageError{QStringLiteral("Parola lipseste de pe intrarea standard.")};
+    if (!line.empty() && line.back() == '\r')
+        line.pop_back();
+    return QString::fromStdString(line);
+}
+
+// Progress on standard error, for a person watching a terminal.
+class Progress {
+public:
+    explicit Progress(bool on) : m_on(on) { m_clock.start(); }
+    void fetched(qsizetype rows)
+    {
+        if (m_on)
+            std::fprintf(stderr, "\r%s: %lld randuri citite", qPrintable(kProgram), static_cast<long long>(rows));
+    }
+    void line(const QString &text)
+    {
+        if (m_on)
+            std::fprintf(stderr, "\r%s: %s (%.1f s)\n", qPrintable(kProgram), text.toUtf8().constData(),
+                         double(m_clock.elapsed()) / 1000.0);
+    }
+
+private:
+    bool m_on;
+    QElapsedTimer m_clock;
+};
+
+// The run's editors: the dates as the editors hold them once typed and left.
+class CliHost : public rep::RunHost {
+public:
+    CliHost(const rep::ReportDesc &d, const Options &o, db::Query &query, db::Query &periodRow)
+        : m_query(query), m_periodRow(periodRow)
+    {
+        for (const rep::EditorDesc &e : d.editors) {
+            if (e.objectName == rep::kFromEditor)
+                m_dates.insert(e.objectName, rep::enteredDate(e, o.from));
+            else if (e.objectName == rep::kToEditor)
+                m_dates.insert(e.objectName, rep::enteredDate(e, o.to));
+            else if (e.kind != rep::EditorKind::Date)
+                m_texts.insert(e.objectName, o.account.value_or(QString()));
+        }
+    }
+    QDate date(const QString &editor) const override { return m_dates.value(editor); }
+    QString text(const QString &editor) const override { return m_texts.value(editor); }
+    bool isEmpty(const QString &editor) const override
+    {
+        return m_dates.contains(editor) ? !m_dates.value(editor).isValid() : m_texts.value(editor).isEmpty();
+    }
+    db::Query &query() override { return m_query; }
+    db::Query &periodRow(rep::PeriodSource) override { return m_periodRow; }
+    // On screen a box and a silent stop; here the message and a failed run.
+    void inform(const QString &message) override { throw QuarvError(message); }
+
+private:
+    db::Query &m_query;
+    db::Query &m_periodRow;
+    QHash<QString, QDate> m_dates;
+    QHash<QString, QString> m_texts;
+};
+
+void listReports()
+{
+    for (const rep::CatalogEntry &e : rep::catalog()) {
+        const rep::ReportDesc d = e.description();
+        QStringList takes;
+        if (accountEditor(d))
+            takes << QStringLiteral("--account");
+        if (!d.styleKey.isEmpty())
+            takes << QStringLiteral("--style");
+        printOut(e.formName + u'\t' + d.title + u'\t' + takes.join(u' ') + u'\t' + formatsOf(d).join(u','));
+    }
+}
+
+void requireConnection(const Options &o)
+{
+    QStringList missing;
+    if (o.host.isEmpty())
+        missing << QStringLiteral("--host");
+    if (o.port == 0)
+        missing << QStringLiteral("--port");
+    if (o.database.isEmpty())
+        missing << QStringLiteral("--database");
+    if (o.issuer.isEmpty())
+        missing << QStringLiteral("--issuer");
+    if (o.report.isEmpty())
+        missing << QStringLiteral("--report");
+    if (!missing.isEmpty())
+        throw UsageError{QStringLiteral("Lipsesc optiunile: %1").arg(missing.join(QStringLiteral(", ")))};
+}
+
+void signIn(db::Connection &conn, const Options &o)
+{
+    const QString password = readPassword(o.passwordStdin);
+    conn.setHost(o.host);
+    conn.setPort(o.port);
+    conn.setDatabase(o.database);
+    conn.setUserName(rep::databaseUser());
+    conn.setPassword(rep::databasePassword());
+    conn.open();
+    db::Query check;
+    check.setConnection(&conn);
+    check.setSql(rep::issuerCheckSql());
+    rep::checkIssuer(check, o.issuer, password);
+}
+
+QByteArray styleLayout(db::Connection &conn, const rep::ReportDesc &d, const QString &name)
+{
+    const QList<rep::SavedStyle> styles = rep::savedStyles(conn, d.styleKey);
+    QStringList names;
+    for (const rep::SavedStyle &s : styles) {
+        if (s.name == name)
+            return s.layout;
+        names << s.name;
+    }
+    throw QuarvError(QStringLiteral("Stilul \"%1\" nu exista pentru %2. Stilurile salvate: %3")
+                         .arg(name, d.styleKey, names.isEmpty() ? QStringLiteral("(niciunul)") : names.join(QStringLiteral(", "))));
+}
+
+int exportReport(const Options &o)
+{
+    const rep::CatalogEntry *entry = rep::findReport(o.report);
+    const rep::ReportDesc d = entry->description();
+    db::Connection conn;
+    signIn(conn, o);
+    Progress progress(!o.quiet && isTerminal(stderr));
+
+    db::Query query;
+    query.setObjectName(d.queryName);
+    query.setConnection(&conn);
+    query.setSql(d.sql);
+    query.setFetchProgress([&progress](qsizetype rows) { progress.fetched(rows); });
+    db::Query periodRow;
+    periodRow.setObjectName(QStringLiteral("dsDataList"));
+    periodRow.setConnection(&conn);
+    periodRow.setSql(d.ownDataListSql.isEmpty() ? rep::dataListSql() : d.ownDataListSql);
+    periodRow.setUpdateTable(QStringLiteral("data_list"));
+
+    // The grid's logic under the report's layout, or the one saved by name.
+    ui::GridModel model;
+    rep::setUpGrid(d, model);
+    if (o.style)
+        ui::restoreGridLayout(model, styleLayout(conn, d, *o.style));
+    // All the query's data needs no grid: its rows are not built for it.
+    const bool allData = o.format == QLatin1String("csv-all");
+    if (!allData)
+        model.setDataSet(&query);
+
+    const QChar separator = o.separator.value_or(ui::platform::listSeparator());
+    // All the data is written while the rows still arrive: the server goes on
+    // producing them while the file is written.
+    std::unique_ptr<db::TextMover> mover;
+    if (allData) {
+        mover = std::make_unique<db::TextMover>(query, o.output, separator);
+        query.setFetchProgress([&progress, &mover](qsizetype rows) {
+            progress.fetched(rows);
+            mover->writeRows(rows);
+        });
+    }
+
+    CliHost host(d, o, query, periodRow);
+    rep::runReport(d, host);
+    progress.line(QStringLiteral("%1 randuri citite").arg(query.rowCount()));
+
+    if (allData)
+        mover->finish();
+    else if (o.format == QLatin1String("csv-grid"))
+        ui::exportGridCsv(model, o.output, separator);
+    else if (o.format == QLatin1String("text"))
+        ui::exportGridText(model, o.output);
+    else
+        ui::exportGridXlsx(model, o.output);
+    progress.line(QStringLiteral("%1 randuri scrise in %2")
+                      .arg(allData ? query.rowCount() : model.recordCount())
+                      .arg(o.output));
+    return 0;
+}
+
+int listStyles(const Options &o)
+{
+    const rep::ReportDesc d = rep::findReport(o.report)->description();
+    db::Connection conn;
+    signIn(conn, o);
+    for (const rep::SavedStyle &s : rep::savedStyles(conn, d.styleKey))
+        printOut(s.name + u'\t' + s.issuer + u'\t' + s.created.toString(QStringLiteral("dd.MM.yyyy")) + u'\t'
+                 + (s.inactive ? QStringLiteral("inactiv") : QStringLiteral("activ")));
+    return 0;
+}
+
+} // namespace
+
+QString usageText()
+{
+    return QStringLiteral(
+        "Utilizare:\n"
+        "  tkquarv-export --host H --port P --database D --issuer COD\n"
+        "                 --report NUME --from DATA --to DATA [--account CONTS]\n"
+        "                 [--style NUME] --format csv-grid|csv-all|text|xlsx --output FISIER\n"
+        "                 [--password-stdin] [--separator C] [--quiet]\n"
+        "  tkquarv-export --list-reports\n"
+        "  tkquarv-export --host H --port P --database D --issuer COD --report NUME --list-styles\n"
+        "\n"
+        "DATA: zz.LL.aaaa sau aaaa-LL-zz; o data lipsa lasa editorul ei gol.\n"
+        "Parola emitentului se citeste de pe terminal, fara ecou, sau cu --password-stdin\n"
+        "din prima linie a intrarii standard; niciodata din argumente.\n"
+        "Coduri de iesire: 0 reusit; 1 o verificare, conectarea, baza de date sau fisierul;\n"
+        "2 o linie de comanda gresita.");
+}
+
+QDate parseDate(const QString &text)
+{
+    QDate d = QDate::fromString(text, QStringLiteral("dd.MM.yyyy"));
+    if (!d.isValid())
+        d = QDate::fromString(text, QStringLiteral("yyyy-MM-dd"));
+    return d;
+}
+
+Options parseArguments(const QStringList &args)
+{
+    Options o;
+    auto value = [&](qsizetype &i) -> QString {
+        if (i + 1 >= args.size() || args.at(i + 1).startsWith(QLatin1String("--")))
+            throw UsageError{QStringLiteral("Optiunea %1 cere o valoare.").arg(args.at(i))};
+        return args.at(++i);
+    };
+    auto date = [&](qsizetype &i) {
+        const QString name = args.at(i), text = value(i);
+        const QDate d = parseDate(text);
+        if (!d.isValid())
+            throw UsageError{QStringLiteral("%1 \"%2\" nu este o data (zz.LL.aaaa sau aaaa-LL-zz).").arg(name, text)};
+        return d;
+    };
+    for (qsizetype i = 1; i < args.size(); ++i) {
+        const QString &a = args.at(i);
+        if (a == QLatin1String("--host"))
+            o.host = value(i);
+        else if (a == QLatin1String("--port")) {
+            bool ok = false;
+            const QString text = value(i);
+            o.port = text.toInt(&ok);
+            if (!ok || o.port < 1 || o.port > 65535)
+                throw UsageError{QStringLiteral("Portul \"%1\" nu este intre 1 si 65535.").arg(text)};
+        } else if (a == QLatin1String("--database"))
+            o.database = value(i);
+        else if (a == QLatin1String("--issuer"))
+            o.issuer = value(i);
+        else if (a == QLatin1String("--report"))
+            o.report = value(i);
+        else if (a == QLatin1String("--from"))
+            o.from = date(i);
+        else if (a == QLatin1String("--to"))
+            o.to = date(i);
+        else if (a == QLatin1String("--account"))
+            o.account = value(i);
+        else if (a == QLatin1String("--style"))
+            o.style = value(i);
+        else if (a == QLatin1String("--format"))
+            o.format = value(i);
+        else if (a == QLatin1String("--output"))
+            o.output = value(i);
+        else if (a == QLatin1String("--separator")) {
+            const QString text = value(i);
+            if (text.size() != 1)
+                throw UsageError{QStringLiteral("Separatorul trebuie sa fie un singur caracter, nu \"%1\".").arg(text)};
+            o.separator = text.at(0);
+        } else if (a == QLatin1String("--password-stdin"))
+            o.passwordStdin = true;
+        else if (a == QLatin1String("--quiet"))
+            o.quiet = true;
+        else if (a == QLatin1String("--list-reports"))
+            o.listReports = true;
+        else if (a == QLatin1String("--list-styles"))
+            o.listStyles = true;
+        else if (a == QLatin1String("--password") || a.startsWith(QLatin1String("--password=")))
+            throw UsageError{QStringLiteral("Parola nu se da in linia de comanda: folositi --password-stdin.")};
+        else
+            throw UsageError{QStringLiteral("Optiune necunoscuta: %1").arg(a)};
+    }
+    if (o.listReports)
+        return o;
+
+    requireConnection(o);
+    const rep::CatalogEntry *entry = rep::findReport(o.report);
+    if (!entry)
+        throw UsageError{QStringLiteral("Raport necunoscut: %1 (vezi --list-reports).").arg(o.report)};
+    const rep::ReportDesc d = entry->description();
+    if (o.style && d.styleKey.isEmpty())
+        throw UsageError{QStringLiteral("Raportul %1 nu are stiluri de prezentare.").arg(o.report)};
+    if (o.listStyles) {
+        if (d.styleKey.isEmpty())
+            throw UsageError{QStringLiteral("Raportul %1 nu are stiluri de prezentare.").arg(o.report)};
+        return o;
+    }
+    if (o.account && !accountEditor(d))
+        throw UsageError{QStringLiteral("Raportul %1 nu are cont (--account).").arg(o.report)};
+    if (o.format.isEmpty() || o.output.isEmpty())
+        throw UsageError{QStringLiteral("Lipsesc --format sau --output.")};
+    if (!formatsOf(d).contains(o.format))
+        throw UsageError{QStringLiteral("Raportul %1 nu are formatul \"%2\"; formatele lui: %3.")
+                             .arg(o.report, o.format, formatsOf(d).join(QStringLiteral(", ")))};
+    return o;
+}
+
+int run(const QStringList &args)
+{
+    try {
+        const Options o = parseArguments(args);
+        if (o.listReports) {
+            listReports();
+            return 0;
+        }
+        return o.listStyles ? listStyles(o) : exportReport(o);
+    } catch (const UsageError &e) {
+        printErr(kProgram + QStringLiteral(": ") + e.text);
+        printErr(usageText());
+        return 2;
+    } catch (const QuarvError &e) {
+        printErr(e.text());
+        return 1;
+    } catch (const std::exception &e) {
+        printErr(QString::fromLocal8Bit(e.what()));
+        return 1;
+    }
+}
+
+} // namespace cli
