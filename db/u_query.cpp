@@ -304,6 +304,9 @@ void Query::fetch()
     b.finish();
 
     for (int attempt = 0;; ++attempt) {
+        // A re-run starts from no rows: whoever follows the progress starts anew too.
+        if (attempt > 0 && m_progress)
+            m_progress(0);
         // Old rows go first: a large result should not live twice.
         setFields({});
         setRowCount(0);

@@ -37,7 +37,8 @@ public:
     void setParam(const QString &name, const QVariant &value);
     QVariant param(const QString &name) const;
 
-    // Called with the rows fetched so far, every 65,536 rows of a fetch.
+    // Called with the rows fetched so far, every 65,536 rows of a fetch, and
+    // with 0 when a dropped link makes the statement run again.
     void setFetchProgress(std::function<void(qsizetype)> progress) { m_progress = std::move(progress); }
 
     // Makes the dataset editable over one table.

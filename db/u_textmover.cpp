@@ -185,8 +185,8 @@ TextMover::~TextMover() = default;
 
 void TextMover::writeRows(qsizetype upTo)
 {
-    if (d->written > upTo)
-        d->open(); // the rows were read anew from the start: so is the file
+    if (d->written > upTo || (upTo == 0 && d->written >= 0))
+        d->open(); // the rows are read anew from the start: so is the file
     if (d->written < 0) {
         if (d->ds.fieldCount() == 0)
             return; // no fields yet: the header waits for them

@@ -1,5 +1,6 @@
 #include "session/u_dmQuarv.h"
 
+#include "reports/core/u_reportdesc.h"
 #include "reports/core/u_signin.h"
 
 #include <QFont>
@@ -37,11 +38,6 @@ const char kMenuSql[] =
     "         scv; ";
 
 ;
-
-const char kDataListSql[] =
-    "select * \n"
-    "from data_list\n"
-    ";";
 
 QColor rgb(const char *hex) { return QColor(QString::fromLatin1(hex)); }
 
@@ -136,7 +132,7 @@ TdmQuarv::TdmQuarv(QObject *parent) : QObject(parent)
     dsDataList = new db::Query(this);
     dsDataList->setObjectName(QStringLiteral("dsDataList"));
     dsDataList->setConnection(pgConn);
-    dsDataList->setSql(QString::fromUtf8(kDataListSql));
+    dsDataList->setSql(rep::sessionDataListSql());
     dsDataList->setUpdateTable(QStringLiteral("data_list"));
 }
 

@@ -80,11 +80,10 @@ ReportDesc description()
 
     d.queryName = QStringLiteral("dsViewPostcRulDet");
     d.sql = sql();
-    d.steps = {rep::RunStep::checkSameMonth(), rep::RunStep::checkPeriodFilled(rep::choosePeriodText()),
-               rep::RunStep::busyCursor(), rep::RunStep::closeQuery(),
-               rep::RunStep::postPeriodRow(rep::PeriodSource::Session, rep::DateConv::MonthStart,
-                                           rep::DateConv::MonthEnd),
-               rep::RunStep::openQuery()};
+    // The period rule of the orders report over the same ledger: one whole
+    // month, written through the session's period row before the query opens.
+    const ReportDesc orders = CheltVenPeComenziFaraRegii::description();
+    d.steps = orders.steps;
 
     d.columns = {column("loc", 86), column("com_int", 90), column("detaliu_articol", 139),
                  column("gr_chelt_ven_postc", 122), column("nr_obiect"), column("tip_obiect_urm_chelt"),
@@ -97,8 +96,8 @@ ReportDesc description()
                  column("emitent_doc"), column("activitate", 113), column("lot", 82), column("nr_obiect_1"),
                  column("nr_obiect_2"), column("data_incep"), column("data_sf")};
     // None of the summed names is a field of this query: every sum stays empty by design.
-    d.footerSummaries = rep::sums({"valoare", "valoare_coresp", "valoare_lei"}, rep::moneyFormat());
-    d.groupSummaries = rep::sums({"valoare_lei", "valoare_coresp", "valoare"}, rep::moneyFormat());
+    d.footerSummaries = orders.footerSummaries;
+    d.groupSummaries = orders.groupSummaries;
     d.absentSumFields = {QStringLiteral("valoare"), QStringLiteral("valoare_coresp"), QStringLiteral("valoare_lei")};
 
     d.styleKey = QStringLiteral("QUARV AnalizaPostcalcul");

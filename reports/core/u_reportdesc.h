@@ -141,6 +141,8 @@ inline QString selectPeriodText() { return QStringLiteral("Selectati perioada do
 
 // The text of a form's own period-row query.
 inline QString dataListSql() { return QStringLiteral("select *\nfrom data_list\n;"); }
+// The text of the session's period row (dmQuarv->dsDataList).
+inline QString sessionDataListSql() { return QStringLiteral("select * \nfrom data_list\n;"); }
 
 // The message of the same-month check.
 inline QString sameMonthText()

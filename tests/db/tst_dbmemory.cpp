@@ -283,6 +283,24 @@ void TstDbMemory::textMover()
 
     db::moveToText(t, path, u'\t');
     QVERIFY(readAll(path).startsWith("\xEF\xBB\xBFip\tnota\tzi"));
+
+    // Written while the rows arrive, read anew from the start part way: the
+    // same file as a move of the whole; nothing replaced until it finishes.
+    const QByteArray whole = readAll(path);
+    {
+        db::TextMover mover(t, path, u'\t');
+        mover.writeRows(1);
+        QCOMPARE(readAll(path), whole); // not replaced yet
+        mover.writeRows(0); // the rows come again from the first
+        mover.writeRows(1);
+        mover.finish();
+    }
+    QCOMPARE(readAll(path), whole);
+    {
+        db::TextMover abandoned(n, path, u'\t');
+        abandoned.writeRows(2);
+    }
+    QCOMPARE(readAll(path), whole);
     QVERIFY_THROWS_EXCEPTION(QuarvError, db::moveToText(t, dir.filePath(QStringLiteral("nodir/x.csv")), u','));
 }
 

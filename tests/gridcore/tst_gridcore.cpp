@@ -3,6 +3,7 @@
 
 #include "db/u_error.h"
 #include "tests/gridcore/u_testdataset.h"
+#include "tests/support/u_testfiles.h"
 #include "ui/core/u_gridexport.h"
 #include "ui/core/u_gridformat.h"
 #include "ui/core/u_gridlayout.h"
@@ -81,24 +82,6 @@ QStringList readLines(const QString &path, bool *bom = nullptr)
         lines.removeLast();
     return lines;
 }
-
-// Unpacks an .xlsx (a zip) through python3's zipfile, once per workbook.
-struct Unzipped {
-    QTemporaryDir dir;
-    explicit Unzipped(const QString &zip)
-    {
-        QProcess p;
-        p.start(QStringLiteral("python3"), {QStringLiteral("-c"),
-                                            QStringLiteral("import sys,zipfile;zipfile.ZipFile(sys.argv[1]).extractall(sys.argv[2])"),
-                                            zip, dir.path()});
-        p.waitForFinished(120000);
-    }
-    QByteArray entry(const QString &name) const
-    {
-        QFile f(dir.filePath(name));
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
-};
 
 } // namespace
 

@@ -19,6 +19,7 @@
 #include <memory>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #ifdef Q_OS_WIN
 #  ifndef NOMINMAX
@@ -105,12 +106,14 @@ QString readPassword(bool fromStdin)
 #ifdef Q_OS_WIN
     HANDLE in = GetStdHandle(STD_INPUT_HANDLE);
     DWORD mode = 0;
-    const bool hide = !fromStdin && GetConsoleMode(in, &mode);
+    // Typed at a terminal, with or without --password-stdin, it is not shown.
+    const bool hide = GetConsoleMode(in, &mode) != 0;
     if (hide)
         SetConsoleMode(in, mode & ~DWORD(ENABLE_ECHO_INPUT));
 #else
     termios saved{};
-    const bool hide = !fromStdin && tcgetattr(STDIN_FILENO, &saved) == 0;
+    // Typed at a terminal, with or without --password-stdin, it is not shown.
+    const bool hide = isTerminal(stdin) && tcgetattr(STDIN_FILENO, &saved) == 0;
     if (hide) {
         termios quiet = saved;
         quiet.c_lflag &= ~tcflag_t(ECHO);
@@ -126,10 +129,10 @@ QString readPassword(bool fromStdin)
     if (hide)
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
 #endif
-    if (!fromStdin)
+    if (hide)
         std::fputc('\n', stderr);
     if (!got)
-        throw UsageError{QStringLiteral("Parola lipseste de pe intrarea standard.")};
+        throw QuarvError(QStringLiteral("Parola lipseste de pe intrarea standard."));
     if (!line.empty() && line.back() == '\r')
         line.pop_back();
     return QString::fromStdString(line);
@@ -159,8 +162,8 @@ private:
 // The run's editors: the dates as the editors hold them once typed and left.
 class CliHost : public rep::RunHost {
 public:
-    CliHost(const rep::ReportDesc &d, const Options &o, db::Query &query, db::Query &periodRow)
-        : m_query(query), m_periodRow(periodRow)
+    CliHost(const rep::ReportDesc &d, const Options &o, db::Query &query, db::Query &sessionRow, db::Query &ownRow)
+        : m_query(query), m_sessionRow(sessionRow), m_ownRow(ownRow)
     {
         for (const rep::EditorDesc &e : d.editors) {
             if (e.objectName == rep::kFromEditor)
@@ -178,13 +181,17 @@ public:
         return m_dates.contains(editor) ? !m_dates.value(editor).isValid() : m_texts.value(editor).isEmpty();
     }
     db::Query &query() override { return m_query; }
-    db::Query &periodRow(rep::PeriodSource) override { return m_periodRow; }
+    db::Query &periodRow(rep::PeriodSource source) override
+    {
+        return source == rep::PeriodSource::Own ? m_ownRow : m_sessionRow;
+    }
     // On screen a box and a silent stop; here the message and a failed run.
     void inform(const QString &message) override { throw QuarvError(message); }
 
 private:
     db::Query &m_query;
-    db::Query &m_periodRow;
+    db::Query &m_sessionRow;
+    db::Query &m_ownRow;
     QHash<QString, QDate> m_dates;
     QHash<QString, QString> m_texts;
 };
@@ -227,6 +234,8 @@ void signIn(db::Connection &conn, const Options &o)
     conn.setDatabase(o.database);
     conn.setUserName(rep::databaseUser());
     conn.setPassword(rep::databasePassword());
+    // A dropped link is reconnected and the statement run again, as in the desktop program.
+    conn.onConnectionLost = [] { return db::Connection::LostMode::ReconnectExecute; };
     conn.open();
     db::Query check;
     check.setConnection(&conn);
@@ -260,11 +269,14 @@ int exportReport(const Options &o)
     query.setConnection(&conn);
     query.setSql(d.sql);
     query.setFetchProgress([&progress](qsizetype rows) { progress.fetched(rows); });
-    db::Query periodRow;
-    periodRow.setObjectName(QStringLiteral("dsDataList"));
-    periodRow.setConnection(&conn);
-    periodRow.setSql(d.ownDataListSql.isEmpty() ? rep::dataListSql() : d.ownDataListSql);
-    periodRow.setUpdateTable(QStringLiteral("data_list"));
+    // The period rows: the session's, and the form's own where it has one.
+    db::Query sessionRow, ownRow;
+    for (auto [q, text] : {std::pair{&sessionRow, rep::sessionDataListSql()}, std::pair{&ownRow, d.ownDataListSql}}) {
+        q->setObjectName(QStringLiteral("dsDataList"));
+        q->setConnection(&conn);
+        q->setSql(text);
+        q->setUpdateTable(QStringLiteral("data_list"));
+    }
 
     // The grid's logic under the report's layout, or the one saved by name.
     ui::GridModel model;
@@ -288,7 +300,7 @@ int exportReport(const Options &o)
         });
     }
 
-    CliHost host(d, o, query, periodRow);
+    CliHost host(d, o, query, sessionRow, ownRow);
     rep::runReport(d, host);
     progress.line(QStringLiteral("%1 randuri citite").arg(query.rowCount()));
 

@@ -220,6 +220,8 @@ public:
         m_levels = int(src.d.groupCols.size());
         for (int i = 0; i < src.cols.size(); ++i)
             m_colFormats.push_back(cellFormat(src.col(i), false));
+        // A date-time with milliseconds shows them, as the grid does; whole seconds do not.
+        m_msFormat = format(spreadsheetDateFormat(QStringLiteral("dd.MM.yyyy hh:mm:ss.zzz")), false);
     }
     ~XlsxWriter()
     {
@@ -289,8 +291,7 @@ private:
         if (cs.kind == ColumnKind::Date)
             fmt = spreadsheetDateFormat(cs.c.displayFormat.isEmpty() ? QStringLiteral("dd.MM.yyyy") : cs.c.displayFormat);
         else if (cs.kind == ColumnKind::DateTime)
-            // The milliseconds the grid shows stay visible in the workbook.
-            fmt = spreadsheetDateFormat(cs.c.displayFormat.isEmpty() ? QStringLiteral("dd.MM.yyyy hh:mm:ss.zzz")
+            fmt = spreadsheetDateFormat(cs.c.displayFormat.isEmpty() ? QStringLiteral("dd.MM.yyyy hh:mm:ss")
                                                                      : cs.c.displayFormat);
         else if (cs.kind == ColumnKind::Number)
             fmt = cs.numFmt.spreadsheetFormat();
@@ -387,10 +388,14 @@ private:
         case db::FieldType::Date:
             worksheet_write_number(m_ws, m_row, lxw_col_t(i), double(c.asInt64(row) - kExcelEpochJulianDay), f);
             return;
-        case db::FieldType::DateTime:
+        case db::FieldType::DateTime: {
+            const qint64 ms = c.asInt64(row);
+            if (ms % 1000 != 0 && cs.c.displayFormat.isEmpty())
+                f = m_msFormat;
             worksheet_write_number(m_ws, m_row, lxw_col_t(i),
-                                   double(kUnixEpochJulianDay - kExcelEpochJulianDay) + double(c.asInt64(row)) / 86400000.0, f);
+                                   double(kUnixEpochJulianDay - kExcelEpochJulianDay) + double(ms) / 86400000.0, f);
             return;
+        }
         case db::FieldType::Bool: worksheet_write_boolean(m_ws, m_row, lxw_col_t(i), c.asBool(row), f); return;
         case db::FieldType::Bytes: writeString(i, "(binar)", f); return;
         }
@@ -440,6 +445,7 @@ private:
     lxw_worksheet *m_ws = nullptr;
     lxw_format *m_bold = nullptr;
     std::vector<lxw_format *> m_colFormats;
+    lxw_format *m_msFormat = nullptr;
     QHash<QByteArray, lxw_format *> m_formats;
     std::string m_scratch;
     lxw_row_t m_row = 0;
