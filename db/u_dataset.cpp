@@ -89,6 +89,9 @@ QVariantList DataSet::rowValues(qsizetype row) const
 
 void DataSet::storeRow(qsizetype row, const QVariantList &values)
 {
+    // all or nothing: a value no field can hold raises before any is stored
+    for (int f = 0; f < fieldCount(); ++f)
+        m_columns[size_t(f)].check(values.value(f), m_fields[size_t(f)].name);
     for (int f = 0; f < fieldCount(); ++f)
         m_columns[size_t(f)].set(row, values.value(f));
 }
@@ -143,6 +146,7 @@ void DataSet::setFieldValue(int field, const QVariant &v)
 {
     if (field < 0 || field >= fieldCount())
         throw QuarvError(QStringLiteral("Camp inexistent"));
+    m_columns[size_t(field)].check(v, m_fields[size_t(field)].name);
     if (!isEditing())
         edit();
     m_buffer[field] = v;
@@ -167,6 +171,9 @@ void DataSet::post()
     for (int f = 0; f < fieldCount(); ++f)
         if (m_fields[size_t(f)].required && !m_buffer.value(f).isValid())
             throw QuarvError(QStringLiteral("Campul '%1' trebuie completat").arg(m_fields[size_t(f)].name));
+    // before anything is written (to the server too): values no field can hold
+    for (int f = 0; f < fieldCount(); ++f)
+        m_columns[size_t(f)].check(m_buffer.value(f), m_fields[size_t(f)].name);
     if (m_state == State::Insert) {
         applyPost(m_rowCount, {}, m_buffer);
         for (Column &c : m_columns)

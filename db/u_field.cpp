@@ -1,11 +1,69 @@
 #include "db/u_field.h"
 
+#include "db/u_error.h"
 
-
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 
 namespace db {
+
+namespace {
+
+// The integers a column of the type holds (Date: Julian day numbers).
+void integerRange(FieldType t, qint64 *lo, qint64 *hi)
+{
+    if (t == FieldType::Int32 || t == FieldType::Date) {
+        *lo = std::numeric_limits<qint32>::min();
+        *hi = std::numeric_limits<qint32>::max();
+    } else {
+        *lo = std::numeric_limits<qint64>::min();
+        *hi = std::numeric_limits<qint64>::max();
+    }
+}
+
+[[noreturn]] void refuseValue(FieldType t, const QString &value, const QString &field)
+{
+    if (t == FieldType::Date)
+        throw QuarvError(field.isEmpty() ? QStringLiteral("Data %1 este in afara domeniului acceptat").arg(value)
+                                         : QStringLiteral("Data %1 din campul '%2' este in afara domeniului acceptat")
+                                               .arg(value, field));
+    qint64 lo = 0, hi = 0;
+    integerRange(t, &lo, &hi);
+    throw QuarvError(field.isEmpty()
+                         ? QStringLiteral("Valoarea %1 nu este un numar intreg intre %2 si %3").arg(value).arg(lo).arg(hi)
+                         : QStringLiteral("Valoarea %1 din campul '%2' nu este un numar intreg intre %3 si %4")
+                               .arg(value, field).arg(lo).arg(hi));
+}
+
+QString doubleText(double x)
+{
+    return QString::number(x, 'g', 17);
+}
+
+// An integral double (already truncated or rounded) as an integer of the
+// column's range; refuses NaN, the infinities and whatever lies outside.
+qint64 checkedInteger(FieldType t, double x, const QString &field)
+{
+    qint64 lo = 0, hi = 0;
+    integerRange(t, &lo, &hi);
+    // double(hi) + 1 is exactly 2^31 or 2^63; x is integral, so x < that is x <= hi
+    if (!(x >= double(lo) && x < double(hi) + 1.0))
+        refuseValue(t, doubleText(x), field);
+    return qint64(x);
+}
+
+qint64 checkedInteger(FieldType t, qint64 v, const QString &field)
+{
+    qint64 lo = 0, hi = 0;
+    integerRange(t, &lo, &hi);
+    if (v < lo || v > hi)
+        refuseValue(t, QString::number(v), field);
+    return v;
+}
+
+} // namespace
 
 QString fieldTypeName(FieldType t)
 {
@@ -183,8 +241,8 @@ void Column::appendDouble(double v)
     switch (m_store) {
     case Store::Doubles: pushNullBit(false); m_doubles.push_back(v); break;
     case Store::Int8s: pushNullBit(false); m_i8.push_back(v != 0 ? 1 : 0); break;
-    case Store::Int32s: pushNullBit(false); m_i32.push_back(qint32(v)); break;
-    case Store::Int64s: pushNullBit(false); m_i64.push_back(qint64(v)); break;
+    case Store::Int32s: m_i32.push_back(qint32(checkedInteger(m_type, std::trunc(v), {}))); pushNullBit(false); break;
+    case Store::Int64s: m_i64.push_back(checkedInteger(m_type, std::trunc(v), {})); pushNullBit(false); break;
     case Store::Text: appendNull(); break;
     }
 }
@@ -194,7 +252,7 @@ void Column::appendInt64(qint64 v)
     switch (m_store) {
     case Store::Doubles: pushNullBit(false); m_doubles.push_back(double(v)); break;
     case Store::Int8s: pushNullBit(false); m_i8.push_back(v != 0 ? 1 : 0); break;
-    case Store::Int32s: pushNullBit(false); m_i32.push_back(qint32(v)); break;
+    case Store::Int32s: m_i32.push_back(qint32(checkedInteger(m_type, v, {}))); pushNullBit(false); break;
     case Store::Int64s: pushNullBit(false); m_i64.push_back(v); break;
     case Store::Text: appendNull(); break;
     }
@@ -316,7 +374,8 @@ void Column::appendBytes(const char *data, qsizetype len)
 namespace {
 
 // Converts a value to what a column of the given type stores; false for null.
-bool toStored(FieldType t, const QVariant &v, double *d, qint64 *i, QByteArray *b)
+// A number that an integer field cannot hold raises (field names it).
+bool toStored(FieldType t, const QVariant &v, double *d, qint64 *i, QByteArray *b, const QString &field = {})
 {
     if (!v.isValid() || v.isNull())
         return false;
@@ -335,7 +394,12 @@ bool toStored(FieldType t, const QVariant &v, double *d, qint64 *i, QByteArray *
                                                         : v.toDate();
         if (!date.isValid())
             return false;
-        *i = date.toJulianDay();
+        const qint64 jd = date.toJulianDay();
+        qint64 lo = 0, hi = 0;
+        integerRange(t, &lo, &hi);
+        if (jd < lo || jd > hi)
+            refuseValue(t, date.toString(Qt::ISODate), field);
+        *i = jd;
         return true;
     }
     case FieldType::DateTime: {
@@ -355,12 +419,21 @@ bool toStored(FieldType t, const QVariant &v, double *d, qint64 *i, QByteArray *
     case FieldType::Int32:
     case FieldType::Int64: {
         bool ok = false;
+        if (v.typeId() == QMetaType::Double || v.typeId() == QMetaType::Float) {
+            // rounded, as a number converts elsewhere; range-checked first
+            *i = checkedInteger(t, std::round(v.toDouble()), field);
+            return true;
+        }
         *i = v.toLongLong(&ok);
         if (!ok) {
+            // text such as "1e3" or "12.7": its whole part
             const double x = v.toDouble(&ok);
-            *i = qint64(x);
+            if (!ok)
+                return false;
+            *i = checkedInteger(t, std::trunc(x), field);
         }
-        return ok;
+        checkedInteger(t, *i, field);
+        return true;
     }
     case FieldType::Bool:
         if (v.typeId() == QMetaType::QString) {
@@ -380,8 +453,18 @@ bool toStored(FieldType t, const QVariant &v, double *d, qint64 *i, QByteArray *
 
 void Column::append(const QVariant &v)
 {
+    check(v);
     appendNull();
     set(size() - 1, v);
+}
+
+void Column::check(const QVariant &v, const QString &fieldName) const
+{
+    double d = 0;
+    qint64 i = 0;
+    QByteArray b;
+    if (m_store != Store::Text)
+        toStored(m_type, v, &d, &i, &b, fieldName);
 }
 
 void Column::set(qsizetype row, const QVariant &v)

@@ -276,11 +276,15 @@ public:
     void reserve(qsizetype rows);
     void clear();
     void appendNull();
+    // Numbers an integer field (or a date the Julian day store) cannot hold
+    // raise QuarvError, with nothing changed: NaN, infinities, out of range.
     void append(const QVariant &v);             // converts to the column's type; invalid/null -> null
     void appendDouble(double v);
     void appendInt64(qint64 v);                 // Int32, Int64, Bool, Date, DateTime
     void appendBytes(const char *data, qsizetype len); // String, Text, Bytes
     void set(qsizetype row, const QVariant &v); // null QVariant sets null
+    // Raises, naming the field, what append and set would refuse.
+    void check(const QVariant &v, const QString &fieldName = {}) const;
     void insertNull(qsizetype row);
     void removeAt(qsizetype row);
 

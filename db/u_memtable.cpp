@@ -156,6 +156,8 @@ void MemTable::appendRow(const QVariantList &values)
     if (isEditing())
         post();
     for (int f = 0; f < fieldCount(); ++f)
+        column(f).check(values.value(f), fieldDef(f).name);
+    for (int f = 0; f < fieldCount(); ++f)
         mutableColumn(f).append(values.value(f));
     setRowCount(rowCount() + 1);
     emit rowInserted(rowCount() - 1);
@@ -240,10 +242,19 @@ void MemTable::loadFromFile(const QString &path)
     };
     if (!x.readNextStartElement() || x.name() != kRoot) {
         bad(QStringLiteral("lipseste elementul %1").arg(kRoot));
+    } else if (const QStringView version = x.attributes().value(QStringLiteral("version")); version != u"1") {
+        bad(version.isEmpty() ? QStringLiteral("lipseste versiunea fisierului")
+                              : QStringLiteral("versiunea %1 a fisierului nu este cunoscuta").arg(version.left(20)));
     } else {
+        bool sawFields = false;
         bool sawRows = false;
         while (!x.hasError() && x.readNextStartElement()) {
             if (x.name() == u"fields") {
+                if (sawFields) {
+                    bad(QStringLiteral("lista de campuri apare de doua ori"));
+                    break;
+                }
+                sawFields = true;
                 while (x.readNextStartElement()) {
                     if (x.name() != u"field") {
                         bad(QStringLiteral("element neasteptat <%1>").arg(x.name()));
@@ -265,6 +276,14 @@ void MemTable::loadFromFile(const QString &path)
                     x.skipCurrentElement();
                 }
             } else if (x.name() == u"rows") {
+                if (!sawFields) {
+                    bad(QStringLiteral("randurile apar inaintea listei de campuri"));
+                    break;
+                }
+                if (sawRows) {
+                    bad(QStringLiteral("lista de randuri apare de doua ori"));
+                    break;
+                }
                 sawRows = true;
                 while (!x.hasError() && x.readNextStartElement()) {
                     if (x.name() != u"row") {

@@ -1,9 +1,12 @@
 #include "db/u_pgvalue.h"
 
+#include "db/u_error.h"
+
 #include <libpq-fe.h>
 
 #include <charconv>
 #include <cstring>
+#include <limits>
 
 namespace db::pg {
 
@@ -31,14 +34,21 @@ inline bool digits(const char *p, int n, int *out) noexcept
     return true;
 }
 
+// The server's dates end in the year 5874897 and its timestamps earlier; a
+// longer year is no value of the server's (and would overflow the day count).
+constexpr qint64 kMaxYear = 9999999;
+
 // "YYYY-MM-DD" (years may have more digits; " BC" suffix) -> Julian day; the
-// number of characters read through *used.
+// number of characters read through *used. False for a year past kMaxYear.
 bool parseDate(const char *v, int len, qint64 *jd, int *used) noexcept
 {
     int i = 0;
     qint64 y = 0;
-    while (i < len && v[i] >= '0' && v[i] <= '9')
+    while (i < len && v[i] >= '0' && v[i] <= '9') {
         y = y * 10 + (v[i++] - '0');
+        if (y > kMaxYear)
+            return false;
+    }
     if (i < 4 || i + 6 > len || v[i] != '-' || v[i + 3] != '-')
         return false;
     int m = 0, d = 0;
@@ -191,7 +201,9 @@ void appendText(Column &c, const char *v, int len)
     case FieldType::Date: {
         qint64 jd = 0;
         int used = 0;
-        if (parseDate(v, len, &jd, &used))
+        // a date column keeps the day in 32 bits: outside them it is unreadable
+        if (parseDate(v, len, &jd, &used) && jd >= std::numeric_limits<qint32>::min()
+            && jd <= std::numeric_limits<qint32>::max())
             c.appendInt64(jd);
         else
             c.appendNull();
@@ -220,11 +232,53 @@ QVariant variantFromText(FieldType t, const char *v, int len)
     return c.value(0);
 }
 
-Param encode(const QVariant &v)
+namespace {
+
+// Text the server can take as it is: libpq ends a text value at its first NUL
+// and UTF-8 has no form for half a surrogate pair.
+void checkText(const QString &s, const QString &what)
+{
+    if (s.contains(QChar(0)))
+        throw QuarvError(QStringLiteral("%1 contine caracterul NUL (cod 0), pe care baza de date nu il poate primi")
+                             .arg(what));
+    if (!s.isValidUtf16())
+        throw QuarvError(QStringLiteral("%1 contine un caracter Unicode incomplet (surogat fara pereche)").arg(what));
+}
+
+// What travels as text must be whole; a date or a moment must be valid.
+void checkSendable(const QVariant &v, const QString &what)
+{
+    switch (v.typeId()) {
+    case QMetaType::QByteArray: break;
+    case QMetaType::QDate:
+        if (!v.toDate().isValid())
+            throw QuarvError(QStringLiteral("%1 nu este o data valida").arg(what));
+        break;
+    case QMetaType::QDateTime:
+        if (!v.toDateTime().isValid())
+            throw QuarvError(QStringLiteral("%1 nu este o data si ora valida").arg(what));
+        break;
+    case QMetaType::QString: checkText(v.toString(), what); break;
+    default:
+        if (v.canConvert<QString>())
+            checkText(v.toString(), what);
+        break;
+    }
+}
+
+QString valueWord(const QString &what)
+{
+    return what.isEmpty() ? QStringLiteral("Valoarea") : what;
+}
+
+} // namespace
+
+Param encode(const QVariant &v, const QString &what)
 {
     Param p;
     if (!v.isValid() || v.isNull())
         return p;
+    checkSendable(v, valueWord(what));
     p.isNull = false;
     switch (v.typeId()) {
     case QMetaType::QByteArray:
@@ -250,10 +304,14 @@ Param encode(const QVariant &v)
     return p;
 }
 
-Param encodeAs(const QVariant &v, FieldType t)
+Param encodeAs(const QVariant &v, FieldType t, const QString &what)
 {
     if (!v.isValid() || v.isNull())
         return {};
+    if (isTextual(t) && v.typeId() == QMetaType::QByteArray)
+        checkText(QString::fromUtf8(v.toByteArray()), valueWord(what));
+    else if (t != FieldType::Bytes) // a text's UTF-8 bytes travel raw into bytes
+        checkSendable(v, valueWord(what));
     // Route the value through a column of the field's type, so that what is
     // written is exactly what the dataset would show.
     Column c(t);
@@ -261,7 +319,7 @@ Param encodeAs(const QVariant &v, FieldType t)
     if (c.isNull(0)) {
         // Not convertible (text in a number field, say): let the server judge
         // the text and report it.
-        Param p = encode(v);
+        Param p = encode(v, what);
         p.typeOid = 0;
         return p;
     }

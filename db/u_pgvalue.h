@@ -36,8 +36,11 @@ struct Param {
 };
 // A value in the server's text format; QByteArray travels as raw bytea.
 // With a field type the value is first converted to what that field holds.
-Param encode(const QVariant &v);
-Param encodeAs(const QVariant &v, FieldType t);
+// Text with a NUL or half a surrogate pair, an invalid date or moment raise
+// QuarvError before anything is sent; `what` names the value in the message
+// ("Parametrul 'x'"), "Valoarea" when empty.
+Param encode(const QVariant &v, const QString &what = {});
+Param encodeAs(const QVariant &v, FieldType t, const QString &what = {});
 
 // Days from the civil date (proleptic Gregorian) to the Julian day number.
 inline qint64 julianDay(qint64 y, int m, int d) noexcept

@@ -299,8 +299,8 @@ void Query::fetch()
     Connection &c = conn();
     const QByteArray text = translateParams(m_sql, nullptr);
     Bound b;
-    for (const QVariant &v : std::as_const(d->params))
-        b.add(pg::encode(v));
+    for (qsizetype k = 0; k < d->params.size(); ++k)
+        b.add(pg::encode(d->params[k], QStringLiteral("Parametrul '%1'").arg(m_paramNames.value(k))));
     b.finish();
 
     for (int attempt = 0;; ++attempt) {
@@ -510,7 +510,7 @@ QString Query::whereClause(const QVariantList &values, std::vector<pg::Param> *p
 {
     QStringList terms;
     auto bind = [&](int f) -> QString {
-        params->push_back(pg::encodeAs(values.value(f), fieldDef(f).type));
+        params->push_back(pg::encodeAs(values.value(f), fieldDef(f).type, QStringLiteral("Campul '%1'").arg(fieldDef(f).name)));
         return u'$' + QString::number(params->size());
     };
     if (!d->keyFields.empty()) {
@@ -594,7 +594,7 @@ void Query::applyPost(qsizetype row, const QVariantList &oldValues, const QVaria
             const QVariant &v = newValues.value(f);
             if (d->colName[size_t(f)].isEmpty() || !v.isValid() || v.isNull())
                 continue;
-            params.push_back(pg::encodeAs(v, fieldDef(f).type));
+            params.push_back(pg::encodeAs(v, fieldDef(f).type, QStringLiteral("Campul '%1'").arg(fieldDef(f).name)));
             cols << d->colName[size_t(f)];
             marks << u'$' + QString::number(params.size());
         }
@@ -606,7 +606,7 @@ void Query::applyPost(qsizetype row, const QVariantList &oldValues, const QVaria
         for (int f = 0; f < fieldCount(); ++f) {
             if (d->colName[size_t(f)].isEmpty() || sameValue(oldValues.value(f), newValues.value(f)))
                 continue;
-            params.push_back(pg::encodeAs(newValues.value(f), fieldDef(f).type));
+            params.push_back(pg::encodeAs(newValues.value(f), fieldDef(f).type, QStringLiteral("Campul '%1'").arg(fieldDef(f).name)));
             sets << d->colName[size_t(f)] + QStringLiteral(" = $") + QString::number(params.size());
         }
         if (sets.isEmpty())

@@ -8,6 +8,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cmath>
+#include <limits>
+
 using namespace Qt::StringLiterals;
 
 using db::FieldDef;
@@ -99,6 +102,7 @@ class TstDbMemory : public QObject {
 private slots:
     void editingAndRoundTrip();
     void badFilesLeaveTableClosedAndEmpty();
+    void numbersAnIntegerFieldCannotHold();
     void textMover();
     void columnAgainstModel();
 };
@@ -195,6 +199,15 @@ void TstDbMemory::badFilesLeaveTableClosedAndEmpty()
     const QByteArray xml = readAll(path);
     QVERIFY(xml.contains("quarvTable"));
 
+    auto block = [&](const char *open, const char *close) {
+        const qsizetype from = xml.indexOf(open), to = xml.indexOf(close);
+        return xml.mid(from, to + qsizetype(qstrlen(close)) - from);
+    };
+    const QByteArray fieldsBlock = block("<fields>", "</fields>"), rowsBlock = block("<rows>", "</rows>");
+    QVERIFY(!fieldsBlock.isEmpty() && !rowsBlock.isEmpty());
+    QByteArray rowsFirst = xml;
+    rowsFirst.remove(rowsFirst.indexOf(rowsBlock), rowsBlock.size());
+    rowsFirst.insert(rowsFirst.indexOf("<fields>"), rowsBlock);
     const QList<QPair<const char *, QByteArray>> bad = {
         {"truncated", xml.left(xml.size() * 2 / 3)},
         {"truncated after rows", xml.left(xml.lastIndexOf("</quarvTable>"))},
@@ -205,6 +218,10 @@ void TstDbMemory::badFilesLeaveTableClosedAndEmpty()
         {"unknown type", QByteArray(xml).replace("type=\"int64\"", "type=\"blob\"")},
         {"extra value", QByteArray(xml).replace("<row>", "<row><v>1</v>")},
         {"garbage after", xml + "<x/>"},
+        {"unknown version", QByteArray(xml).replace("version=\"1\"", "version=\"2\"")},
+        {"no version", QByteArray(xml).replace(" version=\"1\"", "")},
+        {"rows before fields", rowsFirst},
+        {"second field list", QByteArray(xml).replace("<rows>", QByteArray(fieldsBlock + "<rows>"))},
     };
     MemTable t;
     t.setFieldDefs({allTypes()[0]});
@@ -233,6 +250,64 @@ void TstDbMemory::badFilesLeaveTableClosedAndEmpty()
     }
     QVERIFY(!t.isActive());
     QVERIFY_THROWS_EXCEPTION(QuarvError, good.saveToFile(dir.filePath(QStringLiteral("no/such/dir/x.xml"))));
+}
+
+void TstDbMemory::numbersAnIntegerFieldCannotHold()
+{
+    MemTable t;
+    t.setFieldDefs(allTypes());
+    t.appendRow({QStringLiteral("a"), {}, QDate(2024, 1, 1), {}, {}, 5432});
+    const int port = t.fieldIndex(QStringLiteral("port"));
+    const int mare = t.fieldIndex(QStringLiteral("mare"));
+    const int zi = t.fieldIndex(QStringLiteral("zi"));
+    const double inf = std::numeric_limits<double>::infinity();
+    const QList<QPair<int, QVariant>> refused = {
+        {port, u"nan"_s}, {port, u"inf"_s}, {port, u"1e300"_s}, {port, u"1e10"_s}, {port, u"-2147483649"_s},
+        {port, std::nan("")}, {port, inf}, {port, -1e300}, {port, 1e10}, {port, 2147483648.0},
+        {port, qlonglong(1) << 40}, {mare, 9.3e18}, {mare, -inf}, {mare, u"1e19"_s}, {zi, QDate(99999999, 1, 1)},
+    };
+    for (const auto &[field, v] : refused) {
+        const QByteArray what = (t.fieldDef(field).name + u' ' + v.toString()).toUtf8();
+        QVariantList row = {QStringLiteral("b"), {}, {}, {}, {}, 1, 1};
+        row[field] = v;
+        try {
+            t.appendRow(row);
+            QFAIL(what.constData());
+        } catch (const QuarvError &e) {
+            QVERIFY2(e.text().contains(u"'"_s + t.fieldDef(field).name + u"'"_s), qPrintable(e.text()));
+        }
+        QCOMPARE(t.rowCount(), 1); // no column took a value
+        t.first();
+        QVERIFY_THROWS_EXCEPTION(QuarvError, t.setFieldValue(field, v));
+        QCOMPARE(t.fieldValue(port).toInt(), 5432);
+        t.cancel();
+    }
+    // the limits themselves, and a fraction as before (text cut, number rounded)
+    t.appendRow({QStringLiteral("c"), {}, {}, {}, {}, 2147483647, -9.2e18});
+    t.appendRow({QStringLiteral("d"), {}, {}, {}, {}, -2147483648.0, u"-9223372036854775808"_s});
+    t.appendRow({QStringLiteral("e"), {}, {}, {}, {}, u"12.7"_s, 12.7});
+    QCOMPARE(t.rowCount(), 4);
+    QCOMPARE(t.column(port).value(1), QVariant(2147483647));
+    QCOMPARE(t.column(mare).value(1), QVariant(qlonglong(-9200000000000000000)));
+    QCOMPARE(t.column(port).value(2), QVariant(-2147483647 - 1));
+    QCOMPARE(t.column(mare).value(2), QVariant(std::numeric_limits<qlonglong>::min()));
+    QCOMPARE(t.column(port).value(3), QVariant(12));
+    QCOMPARE(t.column(mare).value(3), QVariant(qlonglong(13)));
+
+    // a profile file whose port column is written as a float: loads as it is,
+    // and its copy into the integer port field is refused
+    QTemporaryDir dir;
+    MemTable f;
+    f.setFieldDefs({allTypes()[0], FieldDef{QStringLiteral("port"), FieldType::Float}});
+    f.appendRow({QStringLiteral("10.0.0.1"), 1e300});
+    const QString path = dir.filePath(QStringLiteral("p.xml"));
+    f.saveToFile(path);
+    MemTable loaded;
+    loaded.loadFromFile(path);
+    MemTable profile;
+    profile.setFieldDefs({allTypes()[0], allTypes()[5]});
+    QVERIFY_THROWS_EXCEPTION(QuarvError, profile.appendRow({loaded.value(0, 0), loaded.value(0, 1)}));
+    QCOMPARE(profile.rowCount(), 0);
 }
 
 void TstDbMemory::textMover()

@@ -1,5 +1,6 @@
 // Connection and read-only queries against the private test server.
 #include "db/u_connection.h"
+#include "db/u_pgvalue.h"
 #include "db/u_query.h"
 #include "tests/support/u_pgtestserver.h"
 
@@ -20,6 +21,7 @@ private slots:
     void deadServerFailsWithLibpqText();
     void typedFieldsNullsAndDiacritics();
     void boundParameterTypes();
+    void absurdDatesAndUnsendableParameters();
     void emptyResultsAndErrors();
     void refreshKeepsRow();
     void droppedConnectionIsSilent();
@@ -212,6 +214,60 @@ void TstDbQuery::boundParameterTypes()
     QVERIFY(!q.isFieldNull(QStringLiteral("b")));
     QCOMPARE(q.fieldValue(QStringLiteral("by")).toByteArray(), QByteArray("\x00\x01'\\", 4));
     QVERIFY(q.isFieldNull(QStringLiteral("n")));
+}
+
+void TstDbQuery::absurdDatesAndUnsendableParameters()
+{
+    namespace pg = db::pg;
+    // a year no server value has reads as null, whatever its length
+    for (const char *text : {"12345678-01-01", "99999999999999999999999-06-15", "9223372036854775807-01-01 BC"}) {
+        const int len = int(qstrlen(text));
+        QVERIFY2(!pg::variantFromText(FieldType::Date, text, len).isValid(), text);
+        const QByteArray ts = QByteArray(text) + " 10:00:00";
+        QVERIFY2(!pg::variantFromText(FieldType::DateTime, ts.constData(), int(ts.size())).isValid(), text);
+    }
+    QCOMPARE(pg::variantFromText(FieldType::Date, "5874897-12-31", 13).toDate(), QDate(5874897, 12, 31));
+    QCOMPARE(pg::variantFromText(FieldType::Date, "4714-11-24 BC", 13).toDate(), QDate::fromJulianDay(0));
+
+    // text the server would get cut or mangled, and dates that are none
+    const QString nul = QStringLiteral("ab") + QChar(0) + QStringLiteral("cd");
+    const QString half = QStringLiteral("ab") + QChar(0xD800) + QStringLiteral("cd");
+    const QList<QPair<QVariant, QString>> refused = {
+        {nul, QStringLiteral("NUL")}, {half, QStringLiteral("surogat")},
+        {QDate(), QStringLiteral("data valida")}, {QDateTime(), QStringLiteral("data si ora valida")},
+    };
+    for (const auto &[v, why] : refused) {
+        try {
+            pg::encode(v, QStringLiteral("Parametrul 'x'"));
+            QFAIL(qPrintable(why));
+        } catch (const QuarvError &e) {
+            QVERIFY2(e.text().startsWith(QStringLiteral("Parametrul 'x' ")) && e.text().contains(why), qPrintable(e.text()));
+        }
+    }
+    QVERIFY_THROWS_EXCEPTION(QuarvError, pg::encodeAs(nul, FieldType::Text));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, pg::encodeAs(QByteArray("a\0b", 3), FieldType::String));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, pg::encodeAs(half, FieldType::Float));
+    QVERIFY_THROWS_EXCEPTION(QuarvError, pg::encodeAs(QDate(), FieldType::Date));
+    QCOMPARE(pg::encodeAs(nul, FieldType::Bytes).data, nul.toUtf8()); // bytes travel whole
+    QCOMPARE(pg::encode(QByteArray("a\0b", 3)).data.size(), 3);
+
+    Query q;
+    q.setConnection(&m_conn);
+    q.setSql(QStringLiteral("select :t::text as t, :d::date as d"));
+    q.setParam(QStringLiteral("d"), QDate(2024, 1, 1));
+    for (const auto &[v, why] : refused) {
+        q.setParam(QStringLiteral("t"), v);
+        try {
+            q.open();
+            QFAIL(qPrintable(why));
+        } catch (const QuarvError &e) {
+            QVERIFY2(e.text().startsWith(QStringLiteral("Parametrul 't' ")) && e.sqlState().isEmpty(), qPrintable(e.text()));
+        }
+        QVERIFY(!q.isActive());
+    }
+    q.setParam(QStringLiteral("t"), QStringLiteral("ab"));
+    q.open();
+    QCOMPARE(q.fieldValue(QStringLiteral("t")).toString(), QStringLiteral("ab"));
 }
 
 void TstDbQuery::emptyResultsAndErrors()

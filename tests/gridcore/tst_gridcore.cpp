@@ -9,6 +9,7 @@
 #include "ui/core/u_gridlayout.h"
 #include "ui/core/u_gridmodel.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -382,6 +383,34 @@ void TstGridCore::sorting()
     QCOMPARE(m.groupInfo(2).valueText, QStringLiteral("-1"));
     m.clickSort(1, false);
     QCOMPARE(m.groupInfo(0).valueText, QStringLiteral("10"));
+
+    // amounts far apart, of both signs, with ties and a null; the integer
+    // column's extremes too (their keys span more than a signed integer holds)
+    TestDataSet wide({{QStringLiteral("suma"), FieldType::Float}, {QStringLiteral("nr"), FieldType::Int64}});
+    const QVariantList sums = {2.0, -1e300, 0.5, 1e300, -2.0, QVariant(), 2.0, -0.5, 0.0, -1e-300};
+    const qint64 big = std::numeric_limits<qint64>::max();
+    const QVariantList nrs = {big, -big, 0, 1, -1, 2, -2, big - 1, -big + 1, 3};
+    for (qsizetype i = 0; i < sums.size(); ++i)
+        wide.add({sums[i], nrs[i]});
+    wide.openNow();
+    GridModel w;
+    w.setDataSet(&wide);
+    w.setLocale(kC);
+    w.createDefaultColumns();
+    auto order = [&] {
+        QStringList out;
+        for (qsizetype i = 0; i < w.rowCount(); ++i)
+            out << QString::number(w.dataRow(i));
+        return out.join(QLatin1Char('|'));
+    };
+    w.clickSort(0, false);
+    QCOMPARE(order(), QStringLiteral("5|1|4|7|9|8|2|0|6|3"));
+    w.clickSort(0, false);
+    QCOMPARE(order(), QStringLiteral("3|0|6|2|8|9|7|4|1|5"));
+    w.clickSort(1, false);
+    QCOMPARE(order(), QStringLiteral("1|8|6|4|2|3|5|9|7|0"));
+    w.clickSort(1, false);
+    QCOMPARE(order(), QStringLiteral("0|7|9|5|3|2|4|6|8|1"));
 }
 
 void TstGridCore::focusAndRefresh()
@@ -515,6 +544,43 @@ void TstGridCore::layoutRoundTripAndRestoreRules()
         QVERIFY2(raised, s.constData());
         QCOMPARE(saveGridLayout(b), stream);
     }
+    // every error names the line it comes from, also those found once the
+    // whole stream is read; the view section knows its keys like the others
+    const QList<QPair<QByteArray, int>> placed = {
+        {"[View]\nVersion=1\n\n[FooterSummary:0]\nKind=Sum\n", 4},
+        {"[View]\nVersion=1\n[GroupSummary:3]\nField=a\n[GroupSummary:4]\nFormat=x\n", 5},
+        {"[View]\nVersion=1\n[FilterCondition:0]\nField=d\nType=Date\nValue=31.31.2024\n", 6},
+        {"[View]\nVersion=1\n[FilterCondition:0]\nType=Date\nValue=2024-01-01\n", 3},
+        {"[View]\nVersion=1\n[FilterCondition:0]\nField=d\nType=Blob\nValue=x\n", 5},
+        {"; comentariu\n\n[View]\nGroupByBox=1\n", 3},
+        {"\n# x\n[Column:a]\nWidth=5\n", 3},
+        {"[View]\nVersion=1\nGroupByBox=1\nZoom=1\n", 4},
+    };
+    for (const auto &[s, line] : placed) {
+        try {
+            restoreGridLayout(b, s);
+            QFAIL(s.constData());
+        } catch (const QuarvError &e) {
+            QVERIFY2(e.text().contains(QStringLiteral("(linia %1)").arg(line)), qPrintable(e.text()));
+        }
+        QCOMPARE(saveGridLayout(b), stream);
+    }
+    // thousands of column sections are read in linear time (a duplicate at the end)
+    QByteArray many = "[View]\nVersion=1\n";
+    const int sections = 60000;
+    for (int i = 0; i < sections; ++i)
+        many += "[Column:c" + QByteArray::number(i) + "]\nWidth=5\n";
+    many += "[Column:C" + QByteArray::number(sections - 1) + "]\n";
+    QElapsedTimer clock;
+    clock.start();
+    try {
+        restoreGridLayout(b, many);
+        QFAIL("a duplicate column was accepted");
+    } catch (const QuarvError &e) {
+        QVERIFY2(e.text().contains(QStringLiteral("(linia %1)").arg(2 + 2 * sections + 1)), qPrintable(e.text()));
+    }
+    QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+
     // the file form
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("grid.ini"));

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QMap>
 #include <QSaveFile>
+#include <QSet>
 
 #include <algorithm>
 #include <map>
@@ -134,6 +135,9 @@ struct LayoutData {
     std::map<int, FilterCondition> conditions;
 };
 
+// The [View] switches besides Version and ProgramFilter.
+const char *const kViewOptions[] = {"GroupByBox", "Footer", "FilterRow", "GroupFooters", "Indicator"};
+
 [[noreturn]] void malformed(int line, const QString &why)
 {
     throw QuarvError(QStringLiteral("Modul de prezentare al gridului nu poate fi citit (linia %1): %2").arg(line).arg(why));
@@ -173,7 +177,11 @@ LayoutData parseLayout(const QByteArray &stream)
     GridSummary *sum = nullptr;
     FilterCondition *cond = nullptr;
     bool sawView = false, sawVersion = false;
+    int viewLine = 0, firstLine = 0;
     std::map<int, QString> condTypes, condValues;
+    // where each section and value came from, for the checks after the loop
+    std::map<int, int> footerLines, groupLines, condLines, condTypeLines, condValueLines;
+    QSet<QString> columnNames; // case-folded
     int condIndex = -1;
     for (int i = 0; i < lines.size(); ++i) {
         const int ln = i + 1;
@@ -185,6 +193,8 @@ LayoutData parseLayout(const QByteArray &stream)
         const QString t = line.trimmed();
         if (t.isEmpty() || t.startsWith(QLatin1Char(';')) || t.startsWith(QLatin1Char('#')))
             continue;
+        if (!firstLine)
+            firstLine = ln;
         if (t.startsWith(QLatin1Char('['))) {
             if (!t.endsWith(QLatin1Char(']')) || t.endsWith(QLatin1String("\\]")))
                 malformed(ln, QStringLiteral("sectiune neinchisa"));
@@ -198,14 +208,16 @@ LayoutData parseLayout(const QByteArray &stream)
                 if (sawView)
                     malformed(ln, QStringLiteral("sectiunea [View] apare de doua ori"));
                 sawView = true;
+                viewLine = ln;
                 sec = Sec::View;
             } else if (name.startsWith(QLatin1String("Column:"))) {
                 const QString field = name.mid(7);
                 if (field.isEmpty())
                     malformed(ln, QStringLiteral("coloana fara nume de camp"));
-                for (const ColumnData &c : L.columns)
-                    if (c.field.compare(field, Qt::CaseInsensitive) == 0)
-                        malformed(ln, QStringLiteral("coloana %1 apare de doua ori").arg(field));
+                const QString folded = field.toCaseFolded();
+                if (columnNames.contains(folded))
+                    malformed(ln, QStringLiteral("coloana %1 apare de doua ori").arg(field));
+                columnNames.insert(folded);
                 L.columns.push_back(ColumnData{});
                 col = &L.columns.back();
                 col->field = field;
@@ -218,6 +230,7 @@ LayoutData parseLayout(const QByteArray &stream)
                 if (m.count(idx))
                     malformed(ln, QStringLiteral("sectiunea %1 apare de doua ori").arg(name));
                 sum = &m[idx];
+                (isFooter ? footerLines : groupLines)[idx] = ln;
                 sec = isFooter ? Sec::Footer : Sec::Group;
             } else if (name.startsWith(QLatin1String("FilterCondition:"))) {
                 condIndex = parseInt(name.mid(16), ln, name);
@@ -225,6 +238,7 @@ LayoutData parseLayout(const QByteArray &stream)
                     malformed(ln, QStringLiteral("sectiunea %1 apare de doua ori").arg(name));
                 cond = &L.conditions[condIndex];
                 condTypes[condIndex] = QStringLiteral("String");
+                condLines[condIndex] = condTypeLines[condIndex] = condValueLines[condIndex] = ln;
                 sec = Sec::Condition;
             } else {
                 malformed(ln, QStringLiteral("sectiune necunoscuta [%1]").arg(name));
@@ -247,6 +261,12 @@ LayoutData parseLayout(const QByteArray &stream)
                     malformed(ln, QStringLiteral("versiune necunoscuta %1").arg(v));
                 sawVersion = true;
             } else {
+                // as in every other section, a key this version does not write is an error
+                const bool known = key == QLatin1String("ProgramFilter")
+                                || std::any_of(std::begin(kViewOptions), std::end(kViewOptions),
+                                               [&](const char *k) { return key == QLatin1String(k); });
+                if (!known)
+                    malformed(ln, QStringLiteral("cheie necunoscuta %1").arg(key));
                 bool b;
                 if (!parseBool(value, b))
                     malformed(ln, QStringLiteral("valoare invalida pentru %1").arg(key));
@@ -314,28 +334,32 @@ LayoutData parseLayout(const QByteArray &stream)
             }
             break;
         case Sec::Condition:
-            if (key == QLatin1String("Field"))
+            if (key == QLatin1String("Field")) {
                 cond->fieldName = value;
-            else if (key == QLatin1String("Type"))
+            } else if (key == QLatin1String("Type")) {
                 condTypes[condIndex] = value;
-            else if (key == QLatin1String("Value"))
+                condTypeLines[condIndex] = ln;
+            } else if (key == QLatin1String("Value")) {
                 condValues[condIndex] = value;
-            else
+                condValueLines[condIndex] = ln;
+            } else {
                 malformed(ln, QStringLiteral("cheie necunoscuta %1").arg(key));
+            }
             break;
         }
     }
+    // a [View] without Version is named by its own line, a missing one where it was due
     if (!sawView || !sawVersion)
-        malformed(1, QStringLiteral("lipseste sectiunea [View] cu versiunea"));
+        malformed(sawView ? viewLine : std::max(firstLine, 1), QStringLiteral("lipseste sectiunea [View] cu versiunea"));
     for (const auto &[idx, s] : L.footer)
         if (s.fieldName.isEmpty())
-            malformed(1, QStringLiteral("sumarul de subsol %1 nu are camp").arg(idx));
+            malformed(footerLines[idx], QStringLiteral("sumarul de subsol %1 nu are camp").arg(idx));
     for (const auto &[idx, s] : L.group)
         if (s.fieldName.isEmpty())
-            malformed(1, QStringLiteral("sumarul de grup %1 nu are camp").arg(idx));
+            malformed(groupLines[idx], QStringLiteral("sumarul de grup %1 nu are camp").arg(idx));
     for (auto &[idx, c] : L.conditions) {
         if (c.fieldName.isEmpty())
-            malformed(1, QStringLiteral("conditia de filtru %1 nu are camp").arg(idx));
+            malformed(condLines[idx], QStringLiteral("conditia de filtru %1 nu are camp").arg(idx));
         const QString type = condTypes[idx];
         const QString v = condValues[idx];
         bool ok = true;
@@ -360,10 +384,10 @@ LayoutData parseLayout(const QByteArray &stream)
             ok = d.isValid();
             c.value = d;
         } else {
-            ok = false;
+            malformed(condTypeLines[idx], QStringLiteral("tipul %1 al conditiei de filtru %2 este necunoscut").arg(type).arg(idx));
         }
         if (!ok)
-            malformed(1, QStringLiteral("valoarea conditiei de filtru %1 nu poate fi citita").arg(idx));
+            malformed(condValueLines[idx], QStringLiteral("valoarea conditiei de filtru %1 nu poate fi citita").arg(idx));
     }
     // display order: by Index, then as listed
     std::stable_sort(L.columns.begin(), L.columns.end(), [](const ColumnData &a, const ColumnData &b) {
@@ -436,13 +460,12 @@ void restoreGridLayout(GridModel &m, const QByteArray &stream)
     m.clearSorting();
     m.clearAllFilters();
     // drop the view's columns the stream does not name, create the ones it lacks
-    for (int i = m.columnCount() - 1; i >= 0; --i) {
-        const QString &f = m.column(i).fieldName;
-        const bool named = std::any_of(L.columns.begin(), L.columns.end(),
-                                       [&](const ColumnData &c) { return c.field.compare(f, Qt::CaseInsensitive) == 0; });
-        if (!named)
+    QSet<QString> named;
+    for (const ColumnData &c : L.columns)
+        named.insert(c.field.toCaseFolded());
+    for (int i = m.columnCount() - 1; i >= 0; --i)
+        if (!named.contains(m.column(i).fieldName.toCaseFolded()))
             m.removeColumn(i);
-    }
     for (size_t pos = 0; pos < L.columns.size(); ++pos) {
         const ColumnData &c = L.columns[pos];
         int at = m.columnIndex(c.field);

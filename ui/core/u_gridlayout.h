@@ -17,6 +17,8 @@
 //
 // Values escape '\' as "\\", line breaks as "\n" / "\r"; section names escape
 // ']' as "\]". Blank lines and lines starting with ';' or '#' are ignored.
+// Every section takes only the keys above: an unknown section or key is an
+// error (a later form of the stream raises Version instead).
 //
 // Restoring: columns named in the stream that the view lacks are created, the
 // view's columns absent from the stream are removed, then order, widths,

@@ -739,8 +739,11 @@ void GridModel::Impl::computeOrder()
             lo = std::min(lo, v);
             hi = std::max(hi, v);
         }
-        if (specials == rows || (hi - lo >= 0 && hi - lo < qint64(rows) * 4 + 1024)) {
-            const qint64 range = specials == rows ? 0 : hi - lo + 1;
+        // the span in unsigned arithmetic: the keys of doubles (and of large
+        // integers) lie far apart, and hi - lo would overflow a signed integer
+        const quint64 span = specials == rows ? 0 : quint64(hi) - quint64(lo);
+        if (specials == rows || span < quint64(rows) * 4 + 1024) {
+            const qint64 range = specials == rows ? 0 : qint64(span) + 1;
             // buckets: 0 = null-low, 1..range = values, range+1 = null-high
             std::vector<qint32> count(size_t(range + 3), 0);
             auto bucket = [&](qint64 v) -> size_t {
@@ -748,7 +751,7 @@ void GridModel::Impl::computeOrder()
                     return 0;
                 if (v == ~kNullKey)
                     return size_t(range + 1);
-                return size_t(v - lo + 1);
+                return size_t(quint64(v) - quint64(lo) + 1);
             };
             for (qint64 v : k0)
                 ++count[bucket(v) + 1];
