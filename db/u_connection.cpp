@@ -1,10 +1,18 @@
 #include "db/u_connection.h"
 
+#include <QThread>
 #include <QTimeZone>
 
 #include <libpq-fe.h>
 
-#include <vector>
+#include <algorithm>
+#include <cerrno>
+
+#ifdef _WIN32
+#include <winsock2.h>
+#else
+#include <poll.h>
+#endif
 
 namespace db {
 
@@ -18,15 +26,57 @@ QString connMessage(PGconn *c, const char *fallback)
     return text;
 }
 
+// Waits until the socket has something to read: 1 ready, 0 timed out, -1 failed.
+int waitReadable(int socket, int ms)
+{
+#ifdef _WIN32
+    WSAPOLLFD p{};
+    p.fd = SOCKET(socket);
+    p.events = POLLRDNORM;
+    const int r = WSAPoll(&p, 1, ms);
+    return r > 0 ? 1 : r;
+#else
+    pollfd p{};
+    p.fd = socket;
+    p.events = POLLIN;
+    for (;;) {
+        const int r = poll(&p, 1, ms);
+        if (r < 0 && errno == EINTR)
+            continue;
+        return r > 0 ? 1 : r;
+    }
+#endif
+}
+
 } // namespace
+
+// Keywords and values for the client library, alive as long as this is.
+struct Connection::Params {
+    std::vector<QByteArray> text;
+    std::vector<const char *> keys;
+    std::vector<const char *> values;
+
+    void add(const char *k, const QByteArray &v)
+    {
+        if (v.isEmpty())
+            return;
+        text.push_back(v);
+        keys.push_back(k);
+        values.push_back(nullptr);
+    }
+    // The pointers are taken once all values are in place.
+    void finish()
+    {
+        for (size_t i = 0; i < text.size(); ++i)
+            values[i] = text[i].constData();
+        keys.push_back(nullptr);
+        values.push_back(nullptr);
+    }
+};
 
 Connection::Connection(QObject *parent) : QObject(parent) {}
 
-Connection::~Connection()
-{
-    if (m_conn)
-        PQfinish(m_conn);
-}
+Connection::~Connection() = default;
 
 void Connection::changeSetting(QString &field, const QString &v)
 {
@@ -57,51 +107,59 @@ void Connection::setConnectTimeout(int seconds)
     m_connectTimeout = seconds;
 }
 
+void Connection::setDeadPeerTimeout(int seconds)
+{
+    seconds = std::max(seconds, 6);
+    if (m_deadPeerTimeout == seconds)
+        return;
+    close();
+    m_deadPeerTimeout = seconds;
+}
+
+int Connection::contactTimeout() const
+{
+    // The client library counts a connect timeout in whole seconds, at least 2.
+    return std::max(2, m_deadPeerTimeout / 3);
+}
+
+Connection::Params Connection::connectParams(int timeoutSeconds) const
+{
+    Params p;
+    p.add("host", m_host.toUtf8());
+    if (m_port > 0)
+        p.add("port", QByteArray::number(m_port));
+    p.add("dbname", m_database.toUtf8());
+    p.add("user", m_user.toUtf8());
+    p.add("password", m_password.toUtf8());
+    p.add("connect_timeout", QByteArray::number(timeoutSeconds));
+    p.add("client_encoding", "UTF8");
+    // Dates travel as ISO text whatever the server's own setting is.
+    p.add("options", "-c DateStyle=ISO,YMD -c IntervalStyle=postgres -c extra_float_digits=3");
+    p.add("application_name", "tkQuarv");
+    // A network link that died while the connection was idle is noticed
+    // within the dead-peer time: probes after a third of it, then every
+    // sixth, four unanswered ones end it; data left unacknowledged as long
+    // ends it too.
+    p.add("keepalives", "1");
+    p.add("keepalives_idle", QByteArray::number(std::max(1, m_deadPeerTimeout / 3)));
+    p.add("keepalives_interval", QByteArray::number(std::max(1, m_deadPeerTimeout / 6)));
+    p.add("keepalives_count", "4");
+    p.add("tcp_user_timeout", QByteArray::number(qint64(m_deadPeerTimeout) * 1000));
+    p.finish();
+    return p;
+}
+
 void Connection::open()
 {
     if (m_conn)
         return;
-    // Keywords and values stay alive until the call returns.
-    const QByteArray host = m_host.toUtf8();
-    const QByteArray port = QByteArray::number(m_port);
-    const QByteArray dbname = m_database.toUtf8();
-    const QByteArray user = m_user.toUtf8();
-    const QByteArray password = m_password.toUtf8();
-    const QByteArray timeout = QByteArray::number(m_connectTimeout > 0 ? m_connectTimeout : 10);
-    std::vector<const char *> keys;
-    std::vector<const char *> values;
-    auto add = [&](const char *k, const QByteArray &v) {
-        if (v.isEmpty())
-            return;
-        keys.push_back(k);
-        values.push_back(v.constData());
-    };
-    add("host", host);
-    if (m_port > 0)
-        add("port", port);
-    add("dbname", dbname);
-    add("user", user);
-    add("password", password);
-    add("connect_timeout", timeout);
-    keys.push_back("client_encoding");
-    values.push_back("UTF8");
-    // Dates travel as ISO text whatever the server's own setting is.
-    keys.push_back("options");
-    values.push_back("-c DateStyle=ISO,YMD -c IntervalStyle=postgres -c extra_float_digits=3");
-    keys.push_back("application_name");
-    values.push_back("tkQuarv");
-    keys.push_back(nullptr);
-    values.push_back(nullptr);
-
-    PGconn *c = PQconnectdbParams(keys.data(), values.data(), 0);
+    const Params p = connectParams(m_connectTimeout > 0 ? m_connectTimeout : 10);
+    pg::ConnPtr c(PQconnectdbParams(p.keys.data(), p.values.data(), 0));
     if (!c)
         throw QuarvError(QStringLiteral("Memorie insuficienta pentru conectare"));
-    if (PQstatus(c) != CONNECTION_OK) {
-        const QString text = connMessage(c, "Conectarea la server a esuat");
-        PQfinish(c);
-        throw QuarvError(text, QStringLiteral("08001"));
-    }
-    m_conn = c;
+    if (PQstatus(c.get()) != CONNECTION_OK)
+        throw QuarvError(connMessage(c.get(), "Conectarea la server a esuat"), QStringLiteral("08001"));
+    m_conn = std::move(c);
     setupSession();
     emit opened();
 }
@@ -110,8 +168,9 @@ void Connection::close()
 {
     if (!m_conn)
         return;
-    PQfinish(m_conn);
-    m_conn = nullptr;
+    // Saying goodbye must not wait on a server that does not read.
+    PQsetnonblocking(m_conn.get(), 1);
+    m_conn.reset();
     emit closed();
 }
 
@@ -122,7 +181,7 @@ bool Connection::isOpen() const
 
 bool Connection::connectionLost() const
 {
-    return m_conn && PQstatus(m_conn) == CONNECTION_BAD;
+    return m_conn && PQstatus(m_conn.get()) == CONNECTION_BAD;
 }
 
 void Connection::reconnect()
@@ -131,9 +190,9 @@ void Connection::reconnect()
         open();
         return;
     }
-    PQreset(m_conn);
-    if (PQstatus(m_conn) != CONNECTION_OK) {
-        const QString text = connMessage(m_conn, "Reconectarea la server a esuat");
+    PQreset(m_conn.get());
+    if (PQstatus(m_conn.get()) != CONNECTION_OK) {
+        const QString text = connMessage(m_conn.get(), "Reconectarea la server a esuat");
         close();
         throw QuarvError(text, QStringLiteral("08001"));
     }
@@ -147,8 +206,14 @@ void Connection::setupSession()
     const QByteArray zone = QTimeZone::systemTimeZoneId();
     if (zone.isEmpty())
         return;
-    const char *values[1] = {zone.constData()};
-    PQclear(PQexecParams(m_conn, "select set_config('TimeZone', $1, false)", 1, nullptr, values, nullptr, nullptr, 0));
+    pg::Param p;
+    p.isNull = false;
+    p.data = zone;
+    try {
+        exec("select set_config('TimeZone', $1, false)", {p});
+    } catch (const QuarvError &) {
+        // a lost link shows itself on the next statement
+    }
 }
 
 bool Connection::recoverLost()
@@ -176,7 +241,7 @@ QuarvError Connection::resultError(const PGresult *r) const
             text = QString::fromUtf8(PQresultErrorMessage(r)).trimmed();
     }
     if (text.isEmpty())
-        text = connMessage(m_conn, "Eroare la executia comenzii");
+        text = connMessage(m_conn.get(), "Eroare la executia comenzii");
     if (state.isEmpty() && connectionLost())
         state = QStringLiteral("08006");
     return QuarvError(text, state);
@@ -192,18 +257,183 @@ void Connection::execCommand(const QString &sql)
 {
     ensureOpen();
     const QByteArray text = sql.toUtf8();
-    for (int attempt = 0;; ++attempt) {
-        PGresult *r = PQexec(m_conn, text.constData());
-        const ExecStatusType st = PQresultStatus(r);
-        if (r && (st == PGRES_COMMAND_OK || st == PGRES_TUPLES_OK || st == PGRES_EMPTY_QUERY)) {
-            PQclear(r);
-            return;
+    recovering([&](int) { exec(text, {}, Send::Script); });
+}
+
+// --- statements ------------------------------------------------------------
+
+void Connection::send(const QByteArray &sql, const std::vector<pg::Param> &params, Send how)
+{
+    if (!m_conn)
+        throw QuarvError(QStringLiteral("Conexiunea la baza de date este inchisa"), QStringLiteral("08003"));
+    PGconn *c = m_conn.get();
+    int sent;
+    if (how == Send::Script) {
+        sent = PQsendQuery(c, sql.constData());
+    } else {
+        std::vector<const char *> values;
+        std::vector<int> lengths;
+        std::vector<int> formats;
+        std::vector<Oid> types;
+        for (const pg::Param &p : params) {
+            values.push_back(p.isNull ? nullptr : p.data.constData());
+            lengths.push_back(int(p.data.size()));
+            formats.push_back(p.binary ? 1 : 0);
+            types.push_back(p.typeOid);
         }
-        QuarvError err = resultError(r);
-        PQclear(r);
-        if (attempt == 0 && recoverLost())
-            continue;
-        throw err;
+        sent = PQsendQueryParams(c, sql.constData(), int(params.size()), types.data(), values.data(), lengths.data(),
+                                 formats.data(), 0);
+    }
+    if (!sent)
+        throw resultError(nullptr);
+    if (how == Send::Rows)
+        PQsetSingleRowMode(c);
+}
+
+bool Connection::serverAnswers() const
+{
+    // Anything the server says (even a refusal) means it is alive.
+    const Params p = connectParams(contactTimeout());
+    return PQpingParams(p.keys.data(), p.values.data(), 0) != PQPING_NO_RESPONSE;
+}
+
+bool Connection::waitForServer()
+{
+    const int silence = (m_deadPeerTimeout - contactTimeout()) * 1000;
+    for (;;) {
+        const int r = waitReadable(PQsocket(m_conn.get()), silence);
+        if (r != 0)
+            return true; // data, or a broken socket the client library will report
+        if (!serverAnswers())
+            return false;
+    }
+}
+
+pg::ResultPtr Connection::nextResult()
+{
+    PGconn *c = m_conn.get();
+    if (!c)
+        return nullptr;
+    while (PQisBusy(c)) {
+        if (!waitForServer()) {
+            close();
+            throw QuarvError(QStringLiteral("Serverul nu mai raspunde: legatura a fost inchisa dupa %1 secunde "
+                                            "fara raspuns. La urmatoarea cerere programul se reconecteaza.")
+                                 .arg(m_deadPeerTimeout),
+                             QStringLiteral("08006"));
+        }
+        if (!PQconsumeInput(c))
+            break; // the link broke: the next result says so
+    }
+    return pg::ResultPtr(PQgetResult(c));
+}
+
+void Connection::abandonStatement() noexcept
+{
+    PGconn *c = m_conn.get();
+    if (!c)
+        return;
+    if (pg::CancelPtr cancel{PQgetCancel(c)}) {
+        char buf[256];
+        PQcancel(cancel.get(), buf, sizeof buf);
+    }
+    try {
+        while (nextResult()) {
+        }
+    } catch (...) {
+        // the server stopped answering: the link is closed
+    }
+}
+
+pg::ResultPtr Connection::exec(const QByteArray &sql, const std::vector<pg::Param> &params, Send how)
+{
+    send(sql, params, how);
+    pg::ResultPtr last;
+    pg::ResultPtr failed;
+    while (pg::ResultPtr r = nextResult()) {
+        const ExecStatusType st = PQresultStatus(r.get());
+        if (st == PGRES_COMMAND_OK || st == PGRES_TUPLES_OK || st == PGRES_EMPTY_QUERY || st == PGRES_SINGLE_TUPLE)
+            last = std::move(r);
+        else if (!failed)
+            failed = std::move(r);
+    }
+    if (failed || !last)
+        throw resultError(failed.get());
+    return last;
+}
+
+// --- transactions ----------------------------------------------------------
+
+qint64 Connection::begin()
+{
+    const pg::ResultPtr r = exec("begin; select txid_current()", {}, Send::Script);
+    return QByteArray(PQgetvalue(r.get(), 0, 0)).toLongLong();
+}
+
+void Connection::rollbackQuietly() noexcept
+{
+    if (!m_conn || connectionLost())
+        return;
+    try {
+        exec("rollback", {}, Send::Script);
+    } catch (...) {
+        // the link went: the server rolls back on its own
+    }
+}
+
+Connection::Outcome Connection::transactionOutcome(qint64 txid) const
+{
+    const Params p = connectParams(contactTimeout());
+    const pg::ConnPtr c(PQconnectdbParams(p.keys.data(), p.values.data(), 0));
+    if (!c || PQstatus(c.get()) != CONNECTION_OK)
+        return Outcome::Unknown;
+    const QByteArray id = QByteArray::number(txid);
+    const char *values[1] = {id.constData()};
+    // The old session may still be finishing it: ask again for a while.
+    const int tries = contactTimeout() * 10;
+    for (int i = 0; i < tries; ++i) {
+        const pg::ResultPtr r(PQexecParams(c.get(), "select txid_status($1::bigint)", 1, nullptr, values, nullptr, nullptr, 0));
+        if (PQresultStatus(r.get()) != PGRES_TUPLES_OK || PQgetisnull(r.get(), 0, 0))
+            return Outcome::Unknown;
+        const QByteArray status(PQgetvalue(r.get(), 0, 0));
+        if (status == "committed")
+            return Outcome::Committed;
+        if (status == "aborted")
+            return Outcome::Aborted;
+        QThread::msleep(100);
+    }
+    return Outcome::Unknown;
+}
+
+void Connection::commit(qint64 txid)
+{
+    try {
+        exec("commit", {}, Send::Script);
+    } catch (const QuarvError &) {
+        const bool lost = connectionLost() || !m_conn;
+        if (!lost)
+            throw; // the server refused it: nothing was saved
+        switch (transactionOutcome(txid)) {
+        case Outcome::Committed:
+            // Saved. The lost link is renewed now when the policy allows.
+            if (connectionLost()) {
+                try {
+                    recoverLost();
+                } catch (const QuarvError &) {
+                    // closed: the next statement opens it again
+                }
+            }
+            return;
+        case Outcome::Aborted:
+            throw;
+        case Outcome::Unknown:
+            break;
+        }
+        close();
+        throw QuarvError(QStringLiteral("Legatura cu serverul s-a pierdut chiar la salvare si nu se stie daca "
+                                        "modificarea a fost salvata. Reincarcati datele si verificati "
+                                        "inregistrarea inainte de a o modifica din nou."),
+                         QStringLiteral("08007"));
     }
 }
 

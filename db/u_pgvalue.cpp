@@ -10,7 +10,9 @@
 
 namespace db::pg {
 
+void ConnCloser::operator()(PGconn *c) const noexcept { PQfinish(c); }
 void ResultDeleter::operator()(PGresult *r) const noexcept { PQclear(r); }
+void CancelDeleter::operator()(PGcancel *c) const noexcept { PQfreeCancel(c); }
 
 namespace {
 

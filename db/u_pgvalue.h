@@ -4,18 +4,12 @@
 
 #include "db/u_field.h"
 
+#include "db/u_pglink.h"
+
 #include <QByteArray>
 #include <QVariant>
 
-#include <memory>
-
-struct pg_result;
-typedef struct pg_result PGresult;
-
 namespace db::pg {
-
-struct ResultDeleter { void operator()(PGresult *r) const noexcept; };
-using ResultPtr = std::unique_ptr<PGresult, ResultDeleter>;
 
 // The field type and declared length for a server type OID and type modifier.
 FieldType fieldTypeFor(unsigned oid, int typmod, int *size);
@@ -27,13 +21,6 @@ void appendText(Column &c, const char *v, int len);
 // The same value as a QVariant of the field's type (invalid when unreadable).
 QVariant variantFromText(FieldType t, const char *v, int len);
 
-// One bound parameter: its text (or raw bytes when binary), null when isNull.
-struct Param {
-    QByteArray data;
-    bool isNull = true;
-    bool binary = false;
-    unsigned typeOid = 0;
-};
 // A value in the server's text format; QByteArray travels as raw bytea.
 // With a field type the value is first converted to what that field holds.
 // Text with a NUL or half a surrogate pair, an invalid date or moment raise

@@ -21,30 +21,6 @@ QString quoteIdent(const QString &name)
     return u'"' + q + u'"';
 }
 
-bool isIdentStart(QChar c) { return c.isLetter() || c == u'_'; }
-bool isIdentChar(QChar c) { return c.isLetterOrNumber() || c == u'_' || c == u'$'; }
-
-// Bound values kept alive for one libpq call.
-struct Bound {
-    std::vector<pg::Param> params;
-    std::vector<const char *> values;
-    std::vector<int> lengths;
-    std::vector<int> formats;
-    std::vector<Oid> types;
-
-    void add(pg::Param p) { params.push_back(std::move(p)); }
-    void finish()
-    {
-        for (const pg::Param &p : params) {
-            values.push_back(p.isNull ? nullptr : p.data.constData());
-            lengths.push_back(int(p.data.size()));
-            formats.push_back(p.binary ? 1 : 0);
-            types.push_back(p.typeOid);
-        }
-    }
-    int count() const { return int(params.size()); }
-};
-
 // Types whose values can be compared with "=" as they are; others are
 // compared through their text.
 bool comparable(unsigned oid)
@@ -72,7 +48,6 @@ bool sameValue(const QVariant &a, const QVariant &b)
 } // namespace
 
 struct Query::Private {
-    QVariantList params;          // one per paramNames entry
     // Where each field comes from (PQftable / PQftablecol), by field.
     std::vector<unsigned> srcTable;
     std::vector<int> srcColumn;
@@ -90,155 +65,9 @@ struct Query::Private {
     bool isDeferredField(int f) const { return size_t(f) < loaded.size() && !loaded[size_t(f)].empty(); }
 };
 
-Query::Query(QObject *parent) : DataSet(parent), d(new Private) {}
+Query::Query(QObject *parent) : DataSet(parent), d(std::make_unique<Private>()) {}
 
-Query::~Query()
-{
-    delete d;
-}
-
-QByteArray Query::translateParams(const QString &sql, QStringList *names)
-{
-    QStringList found;
-    QString out;
-    out.reserve(sql.size() + 16);
-    const qsizetype n = sql.size();
-    qsizetype i = 0;
-    auto copyTo = [&](qsizetype end) {
-        out += QStringView(sql).mid(i, end - i);
-        i = end;
-    };
-    while (i < n) {
-        const QChar c = sql[i];
-        const QChar next = i + 1 < n ? sql[i + 1] : QChar();
-        if (c == u'-' && next == u'-') {
-            qsizetype e = sql.indexOf(u'\n', i);
-            copyTo(e < 0 ? n : e);
-        } else if (c == u'/' && next == u'*') {
-            // Block comments nest.
-            qsizetype j = i + 2;
-            int depth = 1;
-            while (j < n && depth > 0) {
-                if (sql[j] == u'/' && j + 1 < n && sql[j + 1] == u'*') {
-                    ++depth;
-                    j += 2;
-                } else if (sql[j] == u'*' && j + 1 < n && sql[j + 1] == u'/') {
-                    --depth;
-                    j += 2;
-                } else {
-                    ++j;
-                }
-            }
-            copyTo(j);
-        } else if (c == u'\'') {
-            const bool escapes = i > 0 && (sql[i - 1] == u'E' || sql[i - 1] == u'e') && !(i > 1 && isIdentChar(sql[i - 2]));
-            qsizetype j = i + 1;
-            while (j < n) {
-                if (escapes && sql[j] == u'\\') {
-                    j += 2;
-                } else if (sql[j] == u'\'') {
-                    if (j + 1 < n && sql[j + 1] == u'\'') {
-                        j += 2;
-                    } else {
-                        ++j;
-                        break;
-                    }
-                } else {
-                    ++j;
-                }
-            }
-            copyTo(qMin(j, n));
-        } else if (c == u'"') {
-            qsizetype j = i + 1;
-            while (j < n) {
-                if (sql[j] == u'"') {
-                    if (j + 1 < n && sql[j + 1] == u'"') {
-                        j += 2;
-                        continue;
-                    }
-                    ++j;
-                    break;
-                }
-                ++j;
-            }
-            copyTo(j);
-        } else if (c == u'$' && !(i > 0 && isIdentChar(sql[i - 1]))) {
-            // $tag$ ... $tag$ (a bare $n is a positional parameter, left alone).
-            qsizetype j = i + 1;
-            while (j < n && (isIdentStart(sql[j]) || (j > i + 1 && sql[j].isDigit())))
-                ++j;
-            if (j < n && sql[j] == u'$') {
-                const QStringView tag = QStringView(sql).mid(i, j - i + 1);
-                const qsizetype close = sql.indexOf(tag, j + 1);
-                copyTo(close < 0 ? n : close + tag.size());
-            } else {
-                copyTo(i + 1);
-            }
-        } else if (c == u':' && next == u':') {
-            copyTo(i + 2);
-        } else if (c == u':' && !next.isNull() && isIdentStart(next)) {
-            qsizetype j = i + 1;
-            while (j < n && (sql[j].isLetterOrNumber() || sql[j] == u'_'))
-                ++j;
-            const QString name = sql.mid(i + 1, j - i - 1);
-            qsizetype idx = -1;
-            for (qsizetype k = 0; k < found.size(); ++k)
-                if (found[k].compare(name, Qt::CaseInsensitive) == 0) {
-                    idx = k;
-                    break;
-                }
-            if (idx < 0) {
-                found.append(name);
-                idx = found.size() - 1;
-            }
-            out += u'$' + QString::number(idx + 1);
-            i = j;
-        } else {
-            out += c;
-            ++i;
-        }
-    }
-    if (names)
-        *names = found;
-    return out.toUtf8();
-}
-
-void Query::setSql(const QString &sql)
-{
-    if (sql == m_sql)
-        return;
-    close();
-    const QStringList oldNames = m_paramNames;
-    const QVariantList oldValues = d->params;
-    m_sql = sql;
-    translateParams(sql, &m_paramNames);
-    d->params.clear();
-    for (const QString &name : std::as_const(m_paramNames)) {
-        QVariant v;
-        for (qsizetype k = 0; k < oldNames.size(); ++k)
-            if (oldNames[k].compare(name, Qt::CaseInsensitive) == 0)
-                v = oldValues.value(k);
-        d->params.append(v);
-    }
-}
-
-void Query::setParam(const QString &name, const QVariant &value)
-{
-    for (qsizetype k = 0; k < m_paramNames.size(); ++k)
-        if (m_paramNames[k].compare(name, Qt::CaseInsensitive) == 0) {
-            d->params[k] = value;
-            return;
-        }
-    throw QuarvError(QStringLiteral("Parametrul '%1' nu exista").arg(name));
-}
-
-QVariant Query::param(const QString &name) const
-{
-    for (qsizetype k = 0; k < m_paramNames.size(); ++k)
-        if (m_paramNames[k].compare(name, Qt::CaseInsensitive) == 0)
-            return d->params.value(k);
-    throw QuarvError(QStringLiteral("Parametrul '%1' nu exista").arg(name));
-}
+Query::~Query() = default;
 
 void Query::setUpdateTable(const QString &table)
 {
@@ -298,88 +127,68 @@ void Query::fetch()
         throw QuarvError(QStringLiteral("Interogarea nu are text SQL"));
     Connection &c = conn();
     const QByteArray text = translateParams(m_sql, nullptr);
-    Bound b;
-    for (qsizetype k = 0; k < d->params.size(); ++k)
-        b.add(pg::encode(d->params[k], QStringLiteral("Parametrul '%1'").arg(m_paramNames.value(k))));
-    b.finish();
+    std::vector<pg::Param> params;
+    for (qsizetype k = 0; k < m_params.size(); ++k)
+        params.push_back(pg::encode(m_params[k], QStringLiteral("Parametrul '%1'").arg(m_paramNames.value(k))));
 
-    for (int attempt = 0;; ++attempt) {
+    auto forgetRows = [this] {
+        setFields({});
+        setRowCount(0);
+        d->loaded.clear();
+    };
+    c.recovering([&](int attempt) {
         // A re-run starts from no rows: whoever follows the progress starts anew too.
         if (attempt > 0 && m_progress)
             m_progress(0);
         // Old rows go first: a large result should not live twice.
-        setFields({});
-        setRowCount(0);
-        d->loaded.clear();
-        PGconn *pc = c.handle();
+        forgetRows();
+        c.send(text, params, Connection::Send::Rows);
         std::unique_ptr<QuarvError> error;
         bool haveFields = false;
         qsizetype rows = 0;
         std::vector<Column> *cols = nullptr;
-        if (!PQsendQueryParams(pc, text.constData(), b.count(), b.types.data(), b.values.data(), b.lengths.data(),
-                               b.formats.data(), 0)) {
-            error = std::make_unique<QuarvError>(c.resultError(nullptr));
-        } else {
-            PQsetSingleRowMode(pc);
-            try {
-                for (;;) {
-                    // Each row's result is freed as soon as it is converted.
-                    ResultPtr r(PQgetResult(pc));
-                    if (!r)
-                        break;
-                    const ExecStatusType st = PQresultStatus(r.get());
-                    if (st == PGRES_SINGLE_TUPLE || st == PGRES_TUPLES_OK) {
-                        if (!haveFields && !error) {
-                            buildFields(r.get());
-                            cols = &mutableColumns();
-                            haveFields = true;
-                        }
-                        if (st == PGRES_SINGLE_TUPLE && !error) {
-                            const int nf = int(cols->size());
-                            for (int f = 0; f < nf; ++f) {
-                                Column &col = (*cols)[size_t(f)];
-                                if (PQgetisnull(r.get(), 0, f) || d->isDeferredField(f))
-                                    col.appendNull();
-                                else
-                                    pg::appendText(col, PQgetvalue(r.get(), 0, f), PQgetlength(r.get(), 0, f));
-                            }
-                            ++rows;
-                            if (m_progress && (rows & 0xFFFF) == 0)
-                                m_progress(rows);
-                        }
-                    } else if (st != PGRES_COMMAND_OK && st != PGRES_EMPTY_QUERY && !error) {
-                        error = std::make_unique<QuarvError>(c.resultError(r.get()));
+        try {
+            // Each row's result is freed as soon as it is converted.
+            while (const ResultPtr r = c.nextResult()) {
+                const ExecStatusType st = PQresultStatus(r.get());
+                if (st == PGRES_SINGLE_TUPLE || st == PGRES_TUPLES_OK) {
+                    if (!haveFields && !error) {
+                        buildFields(r.get());
+                        cols = &mutableColumns();
+                        haveFields = true;
                     }
+                    if (st == PGRES_SINGLE_TUPLE && !error) {
+                        const int nf = int(cols->size());
+                        for (int f = 0; f < nf; ++f) {
+                            Column &col = (*cols)[size_t(f)];
+                            if (PQgetisnull(r.get(), 0, f) || d->isDeferredField(f))
+                                col.appendNull();
+                            else
+                                pg::appendText(col, PQgetvalue(r.get(), 0, f), PQgetlength(r.get(), 0, f));
+                        }
+                        ++rows;
+                        if (m_progress && (rows & 0xFFFF) == 0)
+                            m_progress(rows);
+                    }
+                } else if (st != PGRES_COMMAND_OK && st != PGRES_EMPTY_QUERY && !error) {
+                    error = std::make_unique<QuarvError>(c.resultError(r.get()));
                 }
-            } catch (...) {
-                // Out of memory, say: stop the server and leave the link idle.
-                if (PGcancel *cancel = PQgetCancel(pc)) {
-                    char buf[256];
-                    PQcancel(cancel, buf, sizeof buf);
-                    PQfreeCancel(cancel);
-                }
-                while (PGresult *r = PQgetResult(pc))
-                    PQclear(r);
-                setFields({});
-                setRowCount(0);
-                d->loaded.clear();
-                throw;
             }
+        } catch (...) {
+            // Out of memory, say: stop the server and leave the link idle.
+            c.abandonStatement();
+            forgetRows();
+            throw;
         }
-        if (!error) {
-            setRowCount(rows);
-            for (auto &l : d->loaded)
-                if (!l.empty())
-                    l.assign(size_t(rows) + 1, 0);
-            return;
+        if (error) {
+            forgetRows();
+            throw *error;
         }
-        setFields({});
-        setRowCount(0);
-        d->loaded.clear();
-        if (attempt == 0 && c.recoverLost())
-            continue;
-        throw *error;
-    }
+        setRowCount(rows);
+        for (auto &l : d->loaded)
+            if (!l.empty())
+                l.assign(size_t(rows) + 1, 0);
+    });
 }
 
 void Query::buildFields(const PGresult *r)
@@ -414,33 +223,18 @@ bool Query::isDeferred(qsizetype row, int field) const
 
 // --- the update table ---------------------------------------------------
 
-ResultPtr Query::execParams(const QString &sql, const std::vector<pg::Param> &params, bool mayRetry) const
+ResultPtr Query::execParams(const QString &sql, const std::vector<pg::Param> &params) const
 {
     Connection &c = conn();
-    Bound b;
-    for (const pg::Param &p : params)
-        b.add(p);
-    b.finish();
     const QByteArray text = sql.toUtf8();
-    for (int attempt = 0;; ++attempt) {
-        ResultPtr r(PQexecParams(c.handle(), text.constData(), b.count(), b.types.data(), b.values.data(),
-                                 b.lengths.data(), b.formats.data(), 0));
-        const ExecStatusType st = PQresultStatus(r.get());
-        if (r && (st == PGRES_TUPLES_OK || st == PGRES_COMMAND_OK))
-            return r;
-        QuarvError err = c.resultError(r.get());
-        r.reset();
-        if (mayRetry && attempt == 0 && c.recoverLost())
-            continue;
-        throw err;
-    }
+    return c.recovering([&](int) { return c.exec(text, params); });
 }
 
 void Query::ensureMeta() const
 {
     if (d->metaReady) {
         if (!d->mapped)
-            const_cast<Query *>(this)->mapFields();
+            mapFields();
         return;
     }
     if (m_updateTable.isEmpty())
@@ -453,10 +247,10 @@ void Query::ensureMeta() const
     d->tableOid = QByteArray(PQgetvalue(t.get(), 0, 0)).toUInt();
     d->tableName = QString::fromUtf8(PQgetvalue(t.get(), 0, 1));
     d->metaReady = true;
-    const_cast<Query *>(this)->mapFields();
+    mapFields();
 }
 
-void Query::mapFields()
+void Query::mapFields() const
 {
     pg::Param oid;
     oid.isNull = false;
@@ -550,36 +344,31 @@ QString Query::returningList() const
 ResultPtr Query::execOneRow(const QString &sql, const std::vector<pg::Param> &params)
 {
     // The statement runs in a transaction of its own, so that a statement
-    // that would touch several rows changes nothing.
+    // that would touch several rows changes nothing; its outcome is known
+    // even when the reply to COMMIT is lost.
     Connection &c = conn();
-    for (int attempt = 0;; ++attempt) {
+    const QByteArray text = sql.toUtf8();
+    return c.recovering([&](int) {
+        const qint64 txid = c.begin();
+        ResultPtr r;
         try {
-            execParams(QStringLiteral("begin"), {}, false);
-            ResultPtr r;
-            try {
-                r = execParams(sql, params, false);
-            } catch (...) {
-                if (!c.connectionLost())
-                    PQclear(PQexec(c.handle(), "rollback"));
-                throw;
-            }
-            const int n = PQntuples(r.get());
-            if (n != 1) {
-                PQclear(PQexec(c.handle(), "rollback"));
-                if (n == 0)
-                    throw QuarvError(QString::fromUtf8(kChangedMeanwhile));
-                throw QuarvError(QStringLiteral("Inregistrarea nu poate fi identificata in mod unic: "
-                                                "comanda ar modifica %1 inregistrari; nu s-a modificat nimic")
-                                     .arg(n));
-            }
-            execParams(QStringLiteral("commit"), {}, false);
-            return r;
-        } catch (const QuarvError &) {
-            if (attempt == 0 && c.recoverLost())
-                continue;
+            r = c.exec(text, params);
+        } catch (...) {
+            c.rollbackQuietly();
             throw;
         }
-    }
+        const int n = PQntuples(r.get());
+        if (n != 1) {
+            c.rollbackQuietly();
+            if (n == 0)
+                throw QuarvError(QString::fromUtf8(kChangedMeanwhile));
+            throw QuarvError(QStringLiteral("Inregistrarea nu poate fi identificata in mod unic: "
+                                            "comanda ar modifica %1 inregistrari; nu s-a modificat nimic")
+                                 .arg(n));
+        }
+        c.commit(txid);
+        return r;
+    });
 }
 
 void Query::applyPost(qsizetype row, const QVariantList &oldValues, const QVariantList &newValues)

@@ -16,6 +16,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 
 namespace db {
 
@@ -65,18 +66,19 @@ private:
     Connection &conn() const;
     void fetch();
     void buildFields(const PGresult *r);
-    pg::ResultPtr execParams(const QString &sql, const std::vector<pg::Param> &params, bool mayRetry = true) const;
+    pg::ResultPtr execParams(const QString &sql, const std::vector<pg::Param> &params) const;
     pg::ResultPtr execOneRow(const QString &sql, const std::vector<pg::Param> &params);
     void ensureMeta() const;
-    void mapFields();
+    void mapFields() const;
     QString whereClause(const QVariantList &values, std::vector<pg::Param> *params) const;
     QString returningList() const;
 
     struct Private;
-    Private *d;
+    std::unique_ptr<Private> d;
     Connection *m_connection = nullptr;
     QString m_sql;
     QStringList m_paramNames;
+    QVariantList m_params; // one per name
     QString m_updateTable;
     bool m_deferredBlobs = false;
     std::function<void(qsizetype)> m_progress;

@@ -196,6 +196,14 @@ void PgTestServer::stopCluster(const QString &dir)
     p.waitForFinished(60000);
 }
 
+qint64 PgTestServer::postmasterPid() const
+{
+    QFile f(m_dir + QStringLiteral("/data/postmaster.pid"));
+    if (!f.open(QIODevice::ReadOnly))
+        return 0;
+    return f.readLine().trimmed().toLongLong();
+}
+
 PgTestServer &PgTestServer::instance()
 {
     static PgTestServer server;

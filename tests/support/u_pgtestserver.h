@@ -36,6 +36,8 @@ public:
 
     // Ends every other session on the test database (a dropped connection).
     int terminateOthers() const;
+    // The server's main process (to stop and resume it).
+    qint64 postmasterPid() const;
     // Drops and recreates the test database from the template.
     void recreateDatabase();
 
