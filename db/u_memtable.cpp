@@ -2,6 +2,7 @@
 
 #include "db/u_error.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -230,8 +231,22 @@ void MemTable::loadFromFile(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw QuarvError(QStringLiteral("Fisierul %1 nu poate fi citit: %2").arg(path, file.errorString()));
+    load(file, path);
+}
 
-    QXmlStreamReader x(&file);
+void MemTable::loadFromXml(const QByteArray &xml)
+{
+    close();
+    setFields(m_designed);
+    QBuffer buffer;
+    buffer.setData(xml);
+    buffer.open(QIODevice::ReadOnly);
+    load(buffer, QStringLiteral("(memorie)"));
+}
+
+void MemTable::load(QIODevice &device, const QString &path)
+{
+    QXmlStreamReader x(&device);
     std::vector<FieldDef> defs;
     std::vector<QVariantList> rows;
     QString problem;

@@ -4,6 +4,8 @@
 
 #include "db/u_dataset.h"
 
+class QIODevice;
+
 namespace db {
 
 class MemTable : public DataSet {
@@ -23,6 +25,8 @@ public:
     // closed and empty, never half-read.
     void saveToFile(const QString &path) const;
     void loadFromFile(const QString &path);
+    // The same from the file's bytes.
+    void loadFromXml(const QByteArray &xml);
 
     // Appends a whole row at once (tests, fixtures).
     void appendRow(const QVariantList &values);
@@ -32,6 +36,7 @@ protected:
     void applyDelete(qsizetype row, const QVariantList &oldValues) override;
 
 private:
+    void load(QIODevice &device, const QString &path);
     std::vector<FieldDef> m_designed;
 };
 
