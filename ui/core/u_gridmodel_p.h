@@ -1,6 +1,12 @@
 #pragma once
-// Internals of GridModel shared with the layout store and the exporters of
-// this folder. Not for use outside ui/core.
+// Internals of GridModel shared by the units of this folder: the model's own
+// passes (u_griddict, u_gridfilter, u_gridorder, u_gridgroups, u_griddisplay,
+// u_gridcells), the layout store and the exporters. Not for use outside ui/core.
+//
+// The passes run in this order (Impl::run): the dictionary of each text field
+// (built on first use after a data load), the order of all rows, the filter,
+// the records (rows passing, in order), the groups and their aggregates, the
+// display rows.
 
 #include "ui/core/u_gridmodel.h"
 
@@ -10,10 +16,23 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <unordered_map>
 
 namespace ui {
+
+// ---------------------------------------------------------------- dates
+
+constexpr qint64 kUnixEpochJulianDay = 2440588; // 1970-01-01
+constexpr qint64 kMsPerDay = 86400000;
+
+// A date-time cell as a QDateTime of the same wall-clock reading.
+QDateTime wallClock(qint64 ms);
+
+ColumnKind kindOf(db::FieldType t);
+
+// ---------------------------------------------------------------- dictionary (u_griddict.cpp)
 
 // Distinct values of one text field: an id per row (-1 for null), the
 // distinct values (a compact copy of their bytes), their collation rank
@@ -25,7 +44,24 @@ struct TextDict {
     std::vector<qint32> rank;          // per id; empty until ranked
     QByteArray foldHeap;               // folded values, back to back
     std::vector<quint32> foldOffsets;  // values.size() + 1 when folded
+
+    QByteArrayView folded(size_t id) const
+    {
+        return QByteArrayView(foldHeap.constData() + foldOffsets[id], qsizetype(foldOffsets[id + 1] - foldOffsets[id]));
+    }
 };
+
+// Folds text for the filter: lower case, cedilla forms of s/t as comma-below.
+QString foldText(const QString &s);
+
+// ---------------------------------------------------------------- filter (u_gridfilter.cpp)
+
+// Reading what the operator typed: numbers in the grid's locale or with a
+// point, dates in the usual Romanian and ISO forms, yes/no words (1, 0 or -1
+// when the text is neither).
+bool parseNumber(QString s, const QLocale &loc, double &out);
+bool parseDate(const QString &s, QDate &out);
+int boolWord(const QString &raw);
 
 enum class FilterOp : std::uint8_t { None, NoMatch, Contains, Eq, Ne, Lt, Le, Gt, Ge, IsTrue, IsFalse, Invalid };
 
@@ -37,6 +73,8 @@ struct CompiledFilter {
     bool isDate = false;
 };
 
+// ---------------------------------------------------------------- columns
+
 struct ColState {
     GridColumn c;
     int field = -1;
@@ -45,6 +83,45 @@ struct ColState {
     NumberFormat numFmt;
     CompiledFilter filter;
 };
+
+// ---------------------------------------------------------------- order (u_gridorder.cpp)
+
+constexpr qint64 kNullKey = std::numeric_limits<qint64>::min();
+
+inline qint64 orderedBits(double v)
+{
+    if (v == 0)
+        v = 0; // -0 and +0 are one key
+    qint64 i;
+    std::memcpy(&i, &v, sizeof i);
+    if (i < 0)
+        i ^= std::numeric_limits<qint64>::max();
+    return i;
+}
+
+// The ordering key of one column's cells: collation rank for text, the value
+// (order-preserving bits for doubles) otherwise; nulls lowest.
+struct KeyReader {
+    const db::Column *c = nullptr;
+    const qint32 *ids = nullptr;
+    const qint32 *rank = nullptr;
+    bool isFloat = false;
+
+    qint64 operator()(qint32 row) const
+    {
+        if (!c)
+            return 0;
+        if (ids) {
+            const qint32 id = ids[row];
+            return id < 0 ? kNullKey : rank[id];
+        }
+        if (c->isNull(row))
+            return kNullKey;
+        return isFloat ? orderedBits(c->asDouble(row)) : c->asInt64(row);
+    }
+};
+
+// ---------------------------------------------------------------- groups (u_gridgroups.cpp)
 
 struct Agg {
     double sum = 0, comp = 0;
@@ -92,6 +169,8 @@ struct Node {
     bool expanded = false;
 };
 
+// ---------------------------------------------------------------- display (u_griddisplay.cpp)
+
 struct DRow {
     qint32 rec;            // Data: record position; Group: node.first; GroupFooter: node end record
     qint32 node;           // Group/GroupFooter: node index; Data: -1
@@ -134,42 +213,51 @@ struct GridModel::Impl {
     QSet<QString> expandedPaths;
     qsizetype focus = -1;
 
-    // --- helpers
+    // --- columns (u_gridmodel.cpp)
     qsizetype n() const { return ds ? ds->rowCount() : 0; }
     const db::Column &column(int field) const { return ds->column(field); }
+    int fieldOf(const QString &name) const { return ds ? ds->fieldIndex(name) : -1; }
     void resolve(ColState &cs) const;
     void resolveAll();
+    const ColState *colForField(const QString &field) const;
+
+    // --- dictionary (u_griddict.cpp)
     TextDict &dict(int field);
     void rankDict(TextDict &d);
     void foldDict(TextDict &d);
-    void compileFilter(ColState &cs);
 
-    void run(unsigned flags);
-    void computeOrder();
+    // --- filter (u_gridfilter.cpp)
+    void compileFilter(ColState &cs);
     void computePass();
+
+    // --- order (u_gridorder.cpp)
+    KeyReader keyReader(const ColState &cs);
+    void computeOrder();
     void computeRecords();
+    void renumberSort();
+    void renumberGroups();
+
+    // --- groups and summaries (u_gridgroups.cpp)
     QString nodeKeyText(const Node &nd) const;
     void buildNodes();
     void computeSums();
+    QVariant summaryValue(const GridSummary &s, const Agg *a) const;
+    QString summaryText(const GridSummary &s, const QVariant &v) const;
+    const Agg *nodeAgg(qint32 node, const GridSummary &s) const;
+
+    // --- display rows, focus and the run of the passes (u_griddisplay.cpp)
+    void run(unsigned flags);
     void buildDisplay();
     qsizetype locateRecord(qint32 rec) const;
     void expandPathTo(qint32 rec);
     void setFocusInternal(qsizetype row, bool syncDataSet);
+    void onDataReset();
+    void onCurrentRowChanged(qsizetype row);
 
-    // values and texts
+    // --- values and texts (u_gridcells.cpp)
     QVariant value(qint32 row, const ColState &cs) const;
     QString text(qint32 row, const ColState &cs, bool exportBools) const;
     void appendUtf8(QByteArray &out, qint32 row, const ColState &cs) const; // export form
-    QVariant summaryValue(const GridSummary &s, const Agg *a) const;
-    QString summaryText(const GridSummary &s, const QVariant &v) const;
-    const Agg *nodeAgg(qint32 node, const GridSummary &s) const;
-    const ColState *colForField(const QString &field) const;
-    int fieldOf(const QString &name) const { return ds ? ds->fieldIndex(name) : -1; }
-
-    void renumberSort();
-    void renumberGroups();
-    void onDataReset();
-    void onCurrentRowChanged(qsizetype row);
 };
 
 // What the layout store and the exporters need beyond the public API.
@@ -219,8 +307,5 @@ void forEachExportRow(const GridModel::Impl &d, bool withGroupFooters, Fn &&fn)
         open.pop_back();
     }
 }
-
-// Folds text for the filter: lower case, cedilla forms of s/t as comma-below.
-QString foldText(const QString &s);
 
 } // namespace ui
