@@ -1,5 +1,6 @@
 // The filter: the filter row's text of each column and the programmatic
-// conditions, all combined with AND.
+// conditions are compiled into one form (CompiledFilter) and evaluated by one
+// pass over the rows per condition, all combined with AND.
 
 #include "ui/core/u_gridmodel_p.h"
 
@@ -103,9 +104,13 @@ int boolWord(const QString &raw)
     return -1;
 }
 
+// ---------------------------------------------------------------- compiling
+
 void GridModel::Impl::compileFilter(ColState &cs)
 {
     CompiledFilter f;
+    f.field = cs.field;
+    f.kind = cs.kind;
     const QString raw = cs.c.filterText;
     if (raw.trimmed().isEmpty()) {
         cs.filter = f;
@@ -148,7 +153,6 @@ void GridModel::Impl::compileFilter(ColState &cs)
             QDate d;
             ok = parseDate(s, d);
             f.day = d.toJulianDay();
-            f.isDate = true;
         }
         f.op = ok ? op : FilterOp::Invalid;
         break;
@@ -157,174 +161,184 @@ void GridModel::Impl::compileFilter(ColState &cs)
     cs.filter = f;
 }
 
+// A programmatic condition: field = value, the value compared typed (a
+// string is read as the filter row reads it); a null value asks for nulls.
+CompiledFilter GridModel::Impl::compileCondition(const FilterCondition &fc) const
+{
+    CompiledFilter f;
+    f.field = fieldOf(fc.fieldName);
+    if (f.field < 0) {
+        f.op = FilterOp::NoMatch;
+        return f;
+    }
+    const db::FieldType t = ds->fieldDef(f.field).type;
+    f.kind = kindOf(t);
+    const QVariant &v = fc.value;
+    if (!v.isValid() || v.isNull()) {
+        f.op = FilterOp::IsNull;
+        return f;
+    }
+    f.op = FilterOp::Invalid;
+    switch (f.kind) {
+    case ColumnKind::Missing: f.op = FilterOp::NoMatch; break;
+    case ColumnKind::Text:
+    case ColumnKind::Bytes:
+        f.op = FilterOp::Eq;
+        f.needle = foldText(v.toString()).toUtf8();
+        break;
+    case ColumnKind::Bool: {
+        const int b = v.typeId() == QMetaType::Bool ? int(v.toBool()) : boolWord(v.toString());
+        if (b >= 0)
+            f.op = b ? FilterOp::IsTrue : FilterOp::IsFalse;
+        break;
+    }
+    case ColumnKind::Number: {
+        bool ok = false;
+        if (v.typeId() == QMetaType::QString)
+            ok = parseNumber(v.toString(), locale, f.number);
+        else
+            f.number = v.toDouble(&ok);
+        if (ok)
+            f.op = FilterOp::Eq;
+        break;
+    }
+    case ColumnKind::Date:
+    case ColumnKind::DateTime: {
+        if (f.kind == ColumnKind::DateTime && v.typeId() == QMetaType::QDateTime) {
+            // a moment: the cell that reads the same on this computer's clock
+            const QDateTime local = v.toDateTime().toLocalTime();
+            if (local.isValid()) {
+                f.op = FilterOp::At;
+                f.ms = (local.date().toJulianDay() - kUnixEpochJulianDay) * kMsPerDay
+                    + local.time().msecsSinceStartOfDay();
+            }
+            break;
+        }
+        QDate d;
+        if (v.typeId() == QMetaType::QDate)
+            d = v.toDate();
+        else if (v.typeId() == QMetaType::QDateTime)
+            d = v.toDateTime().date();
+        else
+            parseDate(v.toString(), d);
+        if (d.isValid()) {
+            f.op = FilterOp::Eq;
+            f.day = d.toJulianDay();
+        }
+        break;
+    }
+    }
+    return f;
+}
+
+// ---------------------------------------------------------------- evaluating
+
+void GridModel::Impl::applyFilter(const CompiledFilter &f, quint8 *ps, qsizetype rows)
+{
+    switch (f.op) {
+    case FilterOp::None: return;
+    case FilterOp::NoMatch:
+    case FilterOp::Invalid: std::fill(ps, ps + rows, quint8(0)); return;
+    default: break;
+    }
+    const db::Column &c = column(f.field);
+    if (f.op == FilterOp::IsNull) {
+        for (qsizetype r = 0; r < rows; ++r)
+            ps[r] &= quint8(c.isNull(r));
+        return;
+    }
+    switch (f.kind) {
+    case ColumnKind::Missing: std::fill(ps, ps + rows, quint8(0)); return;
+    case ColumnKind::Text:
+    case ColumnKind::Bytes: {
+        // one test per distinct value, then a look-up per row
+        TextDict &d = dict(f.field);
+        foldDict(d);
+        const QByteArrayView needle(f.needle);
+        std::vector<quint8> match(d.values.size());
+        if (f.op == FilterOp::Contains) {
+            const bool needleAscii = !hasHighBit(needle);
+            for (size_t i = 0; i < d.values.size(); ++i) {
+                const QByteArrayView v = d.folded(i);
+                match[i] = needleAscii ? asciiContainsFolded(v, needle) : v.indexOf(needle) >= 0;
+            }
+        } else {
+            for (size_t i = 0; i < d.values.size(); ++i)
+                match[i] = d.folded(i) == needle;
+        }
+        const qint32 *ids = d.ids.data();
+        for (qsizetype r = 0; r < rows; ++r) {
+            const qint32 id = ids[r];
+            ps[r] &= quint8(id >= 0 && match[size_t(id)]);
+        }
+        return;
+    }
+    case ColumnKind::Bool: {
+        const bool want = f.op == FilterOp::IsTrue;
+        for (qsizetype r = 0; r < rows; ++r)
+            ps[r] &= quint8(!c.isNull(r) && c.asBool(r) == want);
+        return;
+    }
+    case ColumnKind::Number: {
+        const bool eq = f.op == FilterOp::Eq || f.op == FilterOp::Ne;
+        for (qsizetype r = 0; r < rows; ++r) {
+            if (!ps[r])
+                continue;
+            if (c.isNull(r)) {
+                ps[r] = 0;
+                continue;
+            }
+            const double v = c.asDouble(r);
+            bool ok;
+            if (eq)
+                ok = nearlyEqual(v, f.number) == (f.op == FilterOp::Eq);
+            else
+                ok = compareOp(f.op, v, f.number);
+            ps[r] = ok;
+        }
+        return;
+    }
+    case ColumnKind::Date:
+    case ColumnKind::DateTime: {
+        if (f.op == FilterOp::At) {
+            for (qsizetype r = 0; r < rows; ++r)
+                ps[r] &= quint8(!c.isNull(r) && c.asInt64(r) == f.ms);
+            return;
+        }
+        const bool dt = f.kind == ColumnKind::DateTime;
+        for (qsizetype r = 0; r < rows; ++r) {
+            if (!ps[r])
+                continue;
+            if (c.isNull(r)) {
+                ps[r] = 0;
+                continue;
+            }
+            qint64 day = c.asInt64(r);
+            if (dt)
+                day = kUnixEpochJulianDay + (day >= 0 ? day / kMsPerDay : (day - kMsPerDay + 1) / kMsPerDay);
+            ps[r] = compareOp(f.op, day, f.day);
+        }
+        return;
+    }
+    }
+}
+
 void GridModel::Impl::computePass()
 {
     const qsizetype rows = n();
-    bool any = false;
+    std::vector<CompiledFilter> all;
     for (const ColState &cs : cols)
         if (cs.filter.op != FilterOp::None)
-            any = true;
-    if (progActive && !conds.isEmpty())
-        any = true;
+            all.push_back(cs.filter);
+    if (progActive)
+        for (const FilterCondition &fc : conds)
+            all.push_back(compileCondition(fc));
     pass.clear();
-    if (!any || rows == 0)
+    if (all.empty() || rows == 0)
         return;
     pass.assign(size_t(rows), 1);
-    quint8 *ps = pass.data();
-    auto clearAll = [&] { std::fill(pass.begin(), pass.end(), quint8(0)); };
-
-    for (ColState &cs : cols) {
-        const CompiledFilter &f = cs.filter;
-        if (f.op == FilterOp::None)
-            continue;
-        if (f.op == FilterOp::NoMatch || f.op == FilterOp::Invalid) {
-            clearAll();
-            continue;
-        }
-        const db::Column &c = column(cs.field);
-        if (f.op == FilterOp::Contains) {
-            // one test per distinct value, then a look-up per row
-            TextDict &d = dict(cs.field);
-            foldDict(d);
-            const QByteArrayView needle(f.needle);
-            const bool needleAscii = !hasHighBit(needle);
-            std::vector<quint8> match(d.values.size());
-            for (size_t i = 0; i < d.values.size(); ++i) {
-                const QByteArrayView v(d.foldHeap.constData() + d.foldOffsets[i],
-                                       qsizetype(d.foldOffsets[i + 1] - d.foldOffsets[i]));
-                match[i] = needleAscii ? asciiContainsFolded(v, needle) : v.indexOf(needle) >= 0;
-            }
-            const qint32 *ids = d.ids.data();
-            for (qsizetype r = 0; r < rows; ++r) {
-                const qint32 id = ids[r];
-                ps[r] &= quint8(id >= 0 && match[size_t(id)]);
-            }
-        } else if (f.op == FilterOp::IsTrue || f.op == FilterOp::IsFalse) {
-            const bool want = f.op == FilterOp::IsTrue;
-            for (qsizetype r = 0; r < rows; ++r)
-                ps[r] &= quint8(!c.isNull(r) && c.asBool(r) == want);
-        } else if (cs.kind == ColumnKind::Number) {
-            const bool eq = f.op == FilterOp::Eq || f.op == FilterOp::Ne;
-            for (qsizetype r = 0; r < rows; ++r) {
-                if (!ps[r])
-                    continue;
-                if (c.isNull(r)) {
-                    ps[r] = 0;
-                    continue;
-                }
-                const double v = c.asDouble(r);
-                bool ok;
-                if (eq)
-                    ok = nearlyEqual(v, f.number) == (f.op == FilterOp::Eq);
-                else
-                    ok = compareOp(f.op, v, f.number);
-                ps[r] = ok;
-            }
-        } else {
-            const bool dt = cs.kind == ColumnKind::DateTime;
-            for (qsizetype r = 0; r < rows; ++r) {
-                if (!ps[r])
-                    continue;
-                if (c.isNull(r)) {
-                    ps[r] = 0;
-                    continue;
-                }
-                qint64 day = c.asInt64(r);
-                if (dt)
-                    day = kUnixEpochJulianDay + (day >= 0 ? day / kMsPerDay : (day - kMsPerDay + 1) / kMsPerDay);
-                ps[r] = compareOp(f.op, day, f.day);
-            }
-        }
-    }
-
-    if (progActive) {
-        for (const FilterCondition &fc : conds) {
-            const int field = fieldOf(fc.fieldName);
-            if (field < 0) {
-                clearAll();
-                continue;
-            }
-            const db::Column &c = column(field);
-            const db::FieldType t = ds->fieldDef(field).type;
-            if (!fc.value.isValid() || fc.value.isNull()) {
-                for (qsizetype r = 0; r < rows; ++r)
-                    ps[r] &= quint8(c.isNull(r));
-                continue;
-            }
-            switch (kindOf(t)) {
-            case ColumnKind::Text:
-            case ColumnKind::Bytes: {
-                TextDict &d = dict(field);
-                foldDict(d);
-                const QByteArray want = foldText(fc.value.toString()).toUtf8();
-                std::vector<quint8> match(d.values.size());
-                for (size_t i = 0; i < d.values.size(); ++i)
-                    match[i] = QByteArrayView(d.foldHeap.constData() + d.foldOffsets[i],
-                                              qsizetype(d.foldOffsets[i + 1] - d.foldOffsets[i]))
-                        == QByteArrayView(want);
-                for (qsizetype r = 0; r < rows; ++r) {
-                    const qint32 id = d.ids[size_t(r)];
-                    ps[r] &= quint8(id >= 0 && match[size_t(id)]);
-                }
-                break;
-            }
-            case ColumnKind::Bool: {
-                int b = fc.value.typeId() == QMetaType::Bool ? int(fc.value.toBool()) : boolWord(fc.value.toString());
-                if (b < 0) {
-                    clearAll();
-                    break;
-                }
-                for (qsizetype r = 0; r < rows; ++r)
-                    ps[r] &= quint8(!c.isNull(r) && int(c.asBool(r)) == b);
-                break;
-            }
-            case ColumnKind::Number: {
-                double v = 0;
-                bool ok = false;
-                if (fc.value.typeId() == QMetaType::QString)
-                    ok = parseNumber(fc.value.toString(), locale, v);
-                else
-                    v = fc.value.toDouble(&ok);
-                if (!ok) {
-                    clearAll();
-                    break;
-                }
-                for (qsizetype r = 0; r < rows; ++r)
-                    ps[r] &= quint8(!c.isNull(r) && nearlyEqual(c.asDouble(r), v));
-                break;
-            }
-            case ColumnKind::Date:
-            case ColumnKind::DateTime: {
-                QDate d;
-                if (fc.value.typeId() == QMetaType::QDate)
-                    d = fc.value.toDate();
-                else if (fc.value.typeId() == QMetaType::QDateTime)
-                    d = fc.value.toDateTime().date();
-                else
-                    parseDate(fc.value.toString(), d);
-                if (!d.isValid()) {
-                    clearAll();
-                    break;
-                }
-                const bool isDt = t == db::FieldType::DateTime;
-                if (isDt && fc.value.typeId() == QMetaType::QDateTime) {
-                    const QDateTime want = fc.value.toDateTime();
-                    for (qsizetype r = 0; r < rows; ++r)
-                        ps[r] &= quint8(!c.isNull(r) && wallClock(c.asInt64(r)) == want);
-                    break;
-                }
-                for (qsizetype r = 0; r < rows; ++r) {
-                    qint64 day = c.asInt64(r);
-                    if (isDt)
-                        day = kUnixEpochJulianDay + (day >= 0 ? day / kMsPerDay : (day - kMsPerDay + 1) / kMsPerDay);
-                    ps[r] &= quint8(!c.isNull(r) && day == d.toJulianDay());
-                }
-                break;
-            }
-            case ColumnKind::Missing: clearAll(); break;
-            }
-        }
-    }
+    for (const CompiledFilter &f : all)
+        applyFilter(f, pass.data(), rows);
 }
 
 } // namespace ui

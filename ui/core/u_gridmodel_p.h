@@ -63,14 +63,25 @@ bool parseNumber(QString s, const QLocale &loc, double &out);
 bool parseDate(const QString &s, QDate &out);
 int boolWord(const QString &raw);
 
-enum class FilterOp : std::uint8_t { None, NoMatch, Contains, Eq, Ne, Lt, Le, Gt, Ge, IsTrue, IsFalse, Invalid };
+// What a condition tests. Text: Contains (the filter row) or Eq (a
+// programmatic condition), both on folded text. Numbers: Eq/Ne within a
+// rounding error, the rest exactly. Dates and date-times: by day; At: a
+// date-time to the millisecond. NoMatch (a field the data lacks) and Invalid
+// (a text that cannot be read) let no row through.
+enum class FilterOp : std::uint8_t {
+    None, NoMatch, Invalid, Contains, Eq, Ne, Lt, Le, Gt, Ge, IsTrue, IsFalse, IsNull, At
+};
 
+// One condition on one field, compiled from the filter row's text of a
+// column or from a programmatic condition; both are evaluated alike.
 struct CompiledFilter {
     FilterOp op = FilterOp::None;
-    QByteArray needle;      // folded UTF-8 (Contains)
+    int field = -1;
+    ColumnKind kind = ColumnKind::Missing;
+    QByteArray needle;      // folded UTF-8 (text)
     double number = 0;      // number operand
     qint64 day = 0;         // date operand (Julian day)
-    bool isDate = false;
+    qint64 ms = 0;          // date-time operand of At (wall-clock milliseconds)
 };
 
 // ---------------------------------------------------------------- columns
@@ -227,7 +238,9 @@ struct GridModel::Impl {
     void foldDict(TextDict &d);
 
     // --- filter (u_gridfilter.cpp)
-    void compileFilter(ColState &cs);
+    void compileFilter(ColState &cs);                          // the filter row's text of a column
+    CompiledFilter compileCondition(const FilterCondition &fc) const;
+    void applyFilter(const CompiledFilter &f, quint8 *ps, qsizetype rows);
     void computePass();
 
     // --- order (u_gridorder.cpp)
