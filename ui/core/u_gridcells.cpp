@@ -35,7 +35,7 @@ void append2(QByteArray &out, int v)
 
 QDateTime wallClock(qint64 ms)
 {
-    return QDateTime(QDate::fromJulianDay(kUnixEpochJulianDay + (ms >= 0 ? ms / kMsPerDay : (ms - kMsPerDay + 1) / kMsPerDay)),
+    return QDateTime(QDate::fromJulianDay(julianDayOfMs(ms)),
                      QTime::fromMSecsSinceStartOfDay(int(((ms % kMsPerDay) + kMsPerDay) % kMsPerDay)));
 }
 

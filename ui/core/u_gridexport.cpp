@@ -17,7 +17,6 @@ namespace ui {
 namespace {
 
 constexpr qint64 kExcelEpochJulianDay = 2415019; // 1899-12-30, day 0 of spreadsheet dates
-constexpr qint64 kUnixEpochJulianDay = 2440588;
 constexpr qsizetype kFlushAt = 1 << 20;
 
 [[noreturn]] void writeFailed(const QString &path, const QString &why)
@@ -393,7 +392,7 @@ private:
             if (ms % 1000 != 0 && cs.c.displayFormat.isEmpty())
                 f = m_msFormat;
             worksheet_write_number(m_ws, m_row, lxw_col_t(i),
-                                   double(kUnixEpochJulianDay - kExcelEpochJulianDay) + double(ms) / 86400000.0, f);
+                                   double(kUnixEpochJulianDay - kExcelEpochJulianDay) + double(ms) / double(kMsPerDay), f);
             return;
         }
         case db::FieldType::Bool: worksheet_write_boolean(m_ws, m_row, lxw_col_t(i), c.asBool(row), f); return;

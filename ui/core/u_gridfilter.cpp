@@ -315,7 +315,7 @@ void GridModel::Impl::applyFilter(const CompiledFilter &f, quint8 *ps, qsizetype
             }
             qint64 day = c.asInt64(r);
             if (dt)
-                day = kUnixEpochJulianDay + (day >= 0 ? day / kMsPerDay : (day - kMsPerDay + 1) / kMsPerDay);
+                day = julianDayOfMs(day);
             ps[r] = compareOp(f.op, day, f.day);
         }
         return;

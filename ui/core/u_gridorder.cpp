@@ -143,12 +143,11 @@ void GridModel::Impl::computeRecords()
 
 void GridModel::Impl::renumberSort()
 {
+    // a grouped column orders its groups by its sortOrder but is no sort key
     std::vector<ColState *> sorted;
     for (ColState &cs : cols)
         if (cs.c.sortOrder != SortOrder::None && cs.c.groupIndex < 0)
             sorted.push_back(&cs);
-        else if (cs.c.groupIndex >= 0)
-            cs.c.sortIndex = -1;
         else
             cs.c.sortIndex = -1;
     std::stable_sort(sorted.begin(), sorted.end(), [](const ColState *a, const ColState *b) {
