@@ -26,7 +26,7 @@ db::MemTable &rows()
         m->open();
         const char *texts[] = {"Țuică", "șold", "ŞOLD", "", "4111", "a b"};
         for (int i = 0; i < 40; ++i)
-            m->appendRow({QString::fromUtf8(texts[i % 6]) + QString::number(i % 7), QString::fromUtf8(texts[(i + 2) % 6]),
+            m->appendRow({QString(QString::fromUtf8(texts[i % 6]) + QString::number(i % 7)), QString::fromUtf8(texts[(i + 2) % 6]),
                           i % 5 == 0 ? QVariant() : QVariant((i - 20) * 1234.5), i % 9, QDate(2026, 1 + i % 12, 1 + i % 28),
                           QDateTime(QDate(2025, 3, 30), QTime(i % 24, 0)), i % 3 == 0});
         return m;

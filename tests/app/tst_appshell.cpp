@@ -12,6 +12,7 @@
 #include "reports/u_frmAnalizaPostcalcul.h"
 #include "reports/u_frmContareDocumente.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
+#include "tests/support/u_leakpause.h"
 #include "tests/support/u_pgtestserver.h"
 #include "ui/u_dbcontrols.h"
 #include "ui/u_messages.h"
@@ -214,9 +215,12 @@ private slots:
         int after = 0;
         connect(&b, &QPushButton::clicked, [] { throw QuarvError(QStringLiteral("Alegeti Perioada Dorita!")); });
         connect(&b, &QPushButton::pressed, [&] { ++after; });
-        b.show();
-        QTest::mouseClick(&b, Qt::LeftButton);
-        QTest::mouseClick(&b, Qt::LeftButton);
+        {
+            const LeakCheckPause qtLeaksWhatItHeld;
+            b.show();
+            QTest::mouseClick(&b, Qt::LeftButton);
+            QTest::mouseClick(&b, Qt::LeftButton);
+        }
         QCOMPARE(after, 2);
         QCOMPARE(m_msg->errors, QStringList({u"Eroare de proba"_s, u"std failure"_s, u"Eroare necunoscuta"_s,
                                              u"Alegeti Perioada Dorita!"_s, u"Alegeti Perioada Dorita!"_s}));
