@@ -1,6 +1,6 @@
 #pragma once
 // The data grid's widgets: a container (Grid) holding one table view
-// (GridTableView) and its record navigator (GridNavigator).
+// (GridTableView) and its record navigator (GridNavigator, u_gridnavigator.h).
 //
 // The table view paints what its GridModel (ui/core) says: the group-by box,
 // the header, the filter row, the rows (data, group and group footer rows),
@@ -16,6 +16,7 @@
 // leaves the row.
 
 #include "ui/core/u_gridmodel.h"
+#include "ui/u_gridnavigator.h"
 #include "ui/u_gridstylesheet.h"
 
 #include <QAbstractScrollArea>
@@ -203,40 +204,13 @@ public:
     explicit Grid(QWidget *parent = nullptr);
 
     GridTableView *view() const { return m_view; }
-    class GridNavigator *navigator() const { return m_navigator; }
+    GridNavigator *navigator() const { return m_navigator; }
     void setNavigatorVisible(bool v);
     bool navigatorVisible() const;
 
 private:
     GridTableView *m_view;
-    class GridNavigator *m_navigator;
-};
-
-// The record navigator: first, previous, next, last, and "Inregistrarea N din M"
-// of the rows passing the filter (on a group row, N is the group's first
-// record; the text is also the panel's accessible name). Insert, delete, post
-// and cancel buttons are there for grids that edit, hidden unless asked for;
-// insert puts the keyboard in the new row, delete asks first.
-class GridNavigator : public QWidget {
-    Q_OBJECT
-public:
-    enum Button { First, Prior, Next, Last, Insert, Delete, Post, Cancel, ButtonCount };
-    explicit GridNavigator(GridTableView *view, QWidget *parent = nullptr);
-
-    QToolButton *button(Button b) const { return m_buttons[b]; }
-    void setButtonVisible(Button b, bool v);
-    void setButtonEnabled(Button b, bool v);
-    QLabel *infoPanel() const { return m_info; }
-    QString infoText() const;
-
-private:
-    void refresh();
-    void press(Button b);
-
-    GridTableView *m_view;
-    QToolButton *m_buttons[ButtonCount] = {};
-    QLabel *m_info = nullptr;
-    QSet<int> m_disabled;
+    GridNavigator *m_navigator;
 };
 
 // Installs the accessible table interface of the grid (once per program; the
