@@ -307,7 +307,7 @@ struct PlainSheet {
 // rows in display order) copied out of the form's query.
 PlainSheet gridCells(const TReportForm *f)
 {
-    const ui::GridModel &g = *f->tableView();
+    const ui::GridModel &g = *f->gridModel();
     const db::DataSet &ds = *f->query();
     PlainSheet s;
     std::vector<int> fields;
@@ -440,7 +440,7 @@ void groupForShot(ui::GridModel *g, const QString &field)
 // Wide enough for the grid's columns up to and including `field`.
 void widenTo(TReportForm *f, const QString &field)
 {
-    const ui::GridModel *g = f->tableView();
+    const ui::GridModel *g = f->gridModel();
     int width = 120; // the indicator, a group level's indent, the scroll bar, the frame
     for (int col : g->visibleColumns()) {
         width += g->column(col).width;
@@ -537,9 +537,9 @@ int main(int argc, char **argv)
         setPeriod(reg, monthStart, monthEnd);
         bench("registru_cauta_ms", reg, repeat);
         if (!shots.isEmpty()) {
-            groupForShot(reg->tableView(), QStringLiteral("jurnal"));
+            groupForShot(reg->gridModel(), QStringLiteral("jurnal"));
             shot(reg, shots, "registru_grupat.png");
-            ungroup(reg->tableView());
+            ungroup(reg->gridModel());
             // Every column in sight, the journal and the English description included.
             reg->resize(2860, 760);
             shot(reg, shots, "registru.png");
@@ -603,10 +603,10 @@ int main(int argc, char **argv)
             }
             if (!shots.isEmpty()) {
                 det->setStatusText(QString()); // not the temporary file of the export
-                groupForShot(det->tableView(), QStringLiteral("conts"));
+                groupForShot(det->gridModel(), QStringLiteral("conts"));
                 widenTo(det, QStringLiteral("valoare_lei"));
                 shot(det, shots, "contab_det_grupat.png");
-                ungroup(det->tableView());
+                ungroup(det->gridModel());
             }
             det->query()->close();
         }
@@ -678,7 +678,7 @@ int main(int argc, char **argv)
             auto *chelt = showForm<TfrmCheltVenPeComenziFaraRegii>();
             setPeriod(chelt, monthStart, monthEnd);
             chelt->Cauta();
-            groupForShot(chelt->tableView(), QStringLiteral("com_int"));
+            groupForShot(chelt->gridModel(), QStringLiteral("com_int"));
             widenTo(chelt, QStringLiteral("valoare_lei"));
             shot(chelt, shots, "chelt_ven_comenzi_grupat.png");
             chelt->query()->close();

@@ -31,9 +31,9 @@ TAccountPicker::TAccountPicker(const QString &formName, const QString &queryName
     m_grid->setObjectName(QStringLiteral("cxGrid1"));
     ui::GridTableView *v = m_grid->view();
     v->setObjectName(QStringLiteral("cxGrid1DBTableView1"));
-    m_view = v->model();
+    m_model = v->model();
     for (const QString &c : columns)
-        m_view->addColumn(c, {}, c.startsWith(QLatin1String("den_")) ? 300 : 80);
+        m_model->addColumn(c, {}, c.startsWith(QLatin1String("den_")) ? 300 : 80);
     v->setFilterRowVisible(true);
     v->setFooterVisible(false);
     v->setGroupFootersVisible(false);
@@ -45,7 +45,7 @@ TAccountPicker::TAccountPicker(const QString &formName, const QString &queryName
     outer->addWidget(m_grid, 1);
 
     // The filter row applies at every keystroke here: no pause to wait for.
-    for (int col = 0; col < m_view->columnCount(); ++col)
+    for (int col = 0; col < m_model->columnCount(); ++col)
         if (auto *le = qobject_cast<QLineEdit *>(v->filterRow()->editor(col)))
             connect(le, &QLineEdit::textEdited, this, [v] {
                 QTimer::singleShot(0, v, [v] { v->filterRow()->applyPending(); });
@@ -70,13 +70,13 @@ QString TAccountPicker::chosen(const QString &field) const
 {
     // The query's current row: the record the operator last focused, which a
     // focused group row leaves where it was. None when the filter left nothing.
-    if (!m_query->isActive() || m_view->recordCount() == 0)
+    if (!m_query->isActive() || m_model->recordCount() == 0)
         return {};
     qsizetype row = m_query->currentRow();
-    if (m_view->recordIndexOfDataRow(row) < 0) {
+    if (m_model->recordIndexOfDataRow(row) < 0) {
         // The filter dropped it while a group row kept the focus: the group's first record.
-        const qsizetype n = m_view->recordNumber();
-        row = n > 0 ? m_view->recordDataRow(n - 1) : -1;
+        const qsizetype n = m_model->recordNumber();
+        row = n > 0 ? m_model->recordDataRow(n - 1) : -1;
     }
     const int f = m_query->fieldIndex(field);
     return row < 0 || f < 0 ? QString() : m_query->value(row, f).toString();

@@ -21,7 +21,7 @@ public:
     QString chosen(const QString &field) const;
 
     db::Query *pickerQuery() const { return m_query; }
-    ui::GridModel *tableView() const { return m_view; }
+    ui::GridModel *gridModel() const { return m_model; }
     ui::Grid *grid() const { return m_grid; }
     QPushButton *btnOK = nullptr;
 
@@ -35,6 +35,6 @@ protected:
 
 private:
     db::Query *m_query = nullptr;
-    ui::GridModel *m_view = nullptr;
+    ui::GridModel *m_model = nullptr;
     ui::Grid *m_grid = nullptr;
 };

@@ -152,7 +152,7 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
 
 TfrmGridStyle::~TfrmGridStyle() = default;
 
-ui::GridModel *TfrmGridStyle::stylesView() const
+ui::GridModel *TfrmGridStyle::stylesModel() const
 {
     return cxGrid1DBTableView1->model();
 }
@@ -222,7 +222,7 @@ void TfrmGridStyle::setFilterIndex(int index)
 
 void TfrmGridStyle::rgFiltruClick()
 {
-    ui::GridModel *m = stylesView();
+    ui::GridModel *m = stylesModel();
     m->clearProgramFilter();
     switch (filterIndex()) {
     case 0:
@@ -255,7 +255,7 @@ ui::GridModel &requireTarget(const QPointer<ui::GridModel> &v)
 void TfrmGridStyle::btnSalveazaClick()
 {
     const QString path = layoutFilePath();
-    ui::GridModel &target = requireTarget(targetView);
+    ui::GridModel &target = requireTarget(targetModel);
     if (!ds_style->isActive())
         FormShow();
     ui::WaitCursor busy;
@@ -276,7 +276,7 @@ void TfrmGridStyle::btnSalveazaClick()
 void TfrmGridStyle::btnRestaureazaClick()
 {
     const QString path = layoutFilePath();
-    ui::GridModel &target = requireTarget(targetView);
+    ui::GridModel &target = requireTarget(targetModel);
     const QVariant v = ds_style->isActive() ? ds_style->fieldValue(QStringLiteral("grid_style_bytea")) : QVariant();
     QSaveFile f(path);
     if (!f.open(QIODevice::WriteOnly))

@@ -1,7 +1,7 @@
 #pragma once
 // The grid style manager: named layouts of a report grid kept in grid_style
 // under the grid's style key. One instance, retargeted by each report's style
-// button (styleKey and targetView, then shown modelessly); the list is read
+// button (styleKey and targetModel, then shown modelessly); the list is read
 // when the dialog is shown and closed with it. Only the issuer who created a
 // style may change or delete it; every style is restorable.
 
@@ -27,13 +27,13 @@ public:
 
     // Set by the caller before showing.
     QString styleKey;                  // grid_name listed and stamped on new rows
-    QPointer<ui::GridModel> targetView; // the report grid's table view
+    QPointer<ui::GridModel> targetModel; // the report grid's model
 
     // Components.
     db::Query *ds_style = nullptr;     // editable over grid_style, deferred blobs
     ui::Grid *cxGrid1 = nullptr;
     ui::GridTableView *cxGrid1DBTableView1 = nullptr; // the styles list
-    ui::GridModel *stylesView() const;                 // its logic
+    ui::GridModel *stylesModel() const;                // the list grid's model
     ui::GridNavigator *navigator() const;              // Post hidden and disabled
     QLabel *lblGrid = nullptr;         // "Grid"
     QLabel *lblGridName = nullptr;     // the style key

@@ -183,7 +183,7 @@ void TReportForm::buildGrid()
     m_grid->setObjectName(QStringLiteral("cxGrid1"));
     m_gridView = m_grid->view();
     m_gridView->setObjectName(QStringLiteral("cxGrid1DBTableView1"));
-    m_view = m_gridView->model();
+    m_model = m_gridView->model();
 
     const rep::GridOptions &o = m_desc.grid;
     m_gridView->setFilterRowVisible(o.filterRow);
@@ -195,7 +195,7 @@ void TReportForm::buildGrid()
     if (dmQuarv)
         m_gridView->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
 
-    rep::setUpGrid(m_desc, *m_view);
+    rep::setUpGrid(m_desc, *m_model);
     m_gridView->setDataSet(m_query);
 }
 
@@ -404,25 +404,25 @@ void TReportForm::doExport(const rep::ExportDesc &e)
     switch (e.kind) {
     case ExportKind::GridCsv:
         setStatusText(QString());
-        ui::exportGridCsv(*m_view, file, ui::platform::listSeparator());
+        ui::exportGridCsv(*m_model, file, ui::platform::listSeparator());
         setStatusText(file);
         ui::messages().information(QStringLiteral("ok"), this);
         break;
     case ExportKind::AllDataCsv:
         setStatusText(QString());
         // The grid's locale: numbers come out as in the grid's own CSV.
-        db::moveToText(*m_query, file, ui::platform::listSeparator(), m_view->locale());
+        db::moveToText(*m_query, file, ui::platform::listSeparator(), m_model->locale());
         setStatusText(file);
         ui::messages().information(QStringLiteral("ok"), this);
         break;
     case ExportKind::GridText:
-        ui::exportGridText(*m_view, file);
+        ui::exportGridText(*m_model, file);
         break;
     case ExportKind::GridXlsx:
-        ui::exportGridXlsx(*m_view, file);
+        ui::exportGridXlsx(*m_model, file);
         break;
     case ExportKind::GridCsvStatus:
-        ui::exportGridCsv(*m_view, file, ui::platform::listSeparator());
+        ui::exportGridCsv(*m_model, file, ui::platform::listSeparator());
         setStatusText(QStringLiteral("fisier exportat: ") + file);
         break;
     }
@@ -435,7 +435,7 @@ void TReportForm::styleButtonClick()
     if (!frmGridStyle)
         frmGridStyle = new TfrmGridStyle(); // a safeguard: start-up creates it
     frmGridStyle->styleKey = m_desc.styleKey;
-    frmGridStyle->targetView = m_view;
+    frmGridStyle->targetModel = m_model;
     if (frmGridStyle->isVisible())
         frmGridStyle->FormShow(); // retargeted while open: the list follows the new key
     frmGridStyle->show();

@@ -58,7 +58,7 @@ public:
     db::Query *ownDataList() const { return m_ownDataList; }  // nullptr unless the form has one
     ui::Grid *grid() const { return m_grid; }                 // "cxGrid1"
     ui::GridTableView *gridView() const { return m_gridView; } // "cxGrid1DBTableView1"
-    ui::GridModel *tableView() const { return m_view; }       // the table view's logic
+    ui::GridModel *gridModel() const { return m_model; }      // the grid's model (rows, sums, layout)
     QStatusBar *statusBar() const { return m_statusBar; }     // "StatusBar1" or nullptr
     QString statusText() const;                                // "" without a status bar
     void setStatusText(const QString &text);
@@ -117,6 +117,6 @@ private:
     db::Query *m_ownDataList = nullptr;
     ui::Grid *m_grid = nullptr;
     ui::GridTableView *m_gridView = nullptr;
-    ui::GridModel *m_view = nullptr;
+    ui::GridModel *m_model = nullptr;
     QStatusBar *m_statusBar = nullptr;
 };

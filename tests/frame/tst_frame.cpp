@@ -154,7 +154,7 @@ private slots:
         QVERIFY(style);
         QCOMPARE(style->text(), QStringLiteral("Salvare/Restaurare Mod Prezentare Grid"));
         QCOMPARE(f.exportButton(rep::ExportKind::AllDataCsv)->text(), QStringLiteral("Export csv (Toate Datele)"));
-        QCOMPARE(f.tableView()->columnCount(), 4);
+        QCOMPARE(f.gridModel()->columnCount(), 4);
 
         auto *run = f.findChild<QPushButton *>(QStringLiteral("btnCauta"));
         QVERIFY(run);
@@ -170,22 +170,22 @@ private slots:
         QCOMPARE(f.query()->param(QStringLiteral("pDataIncep")).toDate(), QDate(2024, 1, 1));
         QCOMPARE(f.query()->param(QStringLiteral("pDataSf")).toDate(), QDate(2024, 3, 31));
         QCOMPARE(f.dateEdit(QStringLiteral("cxDateEdit1"))->date(), QDate(2024, 1, 15));
-        QCOMPARE(f.tableView()->recordCount(), 3);
-        QCOMPARE(f.tableView()->footerValue(0).toDouble(), 60.5);
+        QCOMPARE(f.gridModel()->recordCount(), 3);
+        QCOMPARE(f.gridModel()->footerValue(0).toDouble(), 60.5);
 
         // A re-run keeps the layout the operator left.
-        f.tableView()->setColumnWidth(1, 222);
-        f.tableView()->groupByColumn(0);
+        f.gridModel()->setColumnWidth(1, 222);
+        f.gridModel()->groupByColumn(0);
         setPeriod(f, QDate(2024, 1, 1), QDate(2024, 4, 30));
         f.Cauta();
-        QCOMPARE(f.tableView()->recordCount(), 4);
-        QCOMPARE(f.tableView()->column(1).width, 222);
-        QCOMPARE(f.tableView()->groupColumns(), QList<int>{0});
+        QCOMPARE(f.gridModel()->recordCount(), 4);
+        QCOMPARE(f.gridModel()->column(1).width, 222);
+        QCOMPARE(f.gridModel()->groupColumns(), QList<int>{0});
 
         // A failed check leaves the last result.
         f.dateEdit(QStringLiteral("cxDateEdit2"))->clearDate();
         QVERIFY_THROWS_EXCEPTION(QuarvError, f.Cauta());
-        QCOMPARE(f.tableView()->recordCount(), 4);
+        QCOMPARE(f.gridModel()->recordCount(), 4);
     }
 
     // Period through the session's period row, same-month check as a box, busy cursor.
@@ -217,7 +217,7 @@ private slots:
         f.Cauta(); // an empty data_list gets its row
         QCOMPARE(m_pg->scalar(QStringLiteral("select data_incep || ' ' || data_sf from data_list")).toString(),
                  QStringLiteral("2024-02-01 2024-02-29"));
-        QCOMPARE(f.tableView()->recordCount(), 1);
+        QCOMPARE(f.gridModel()->recordCount(), 1);
         QVERIFY(!QGuiApplication::overrideCursor());
 
         // Only opened: a second run writes the period but keeps the rows.
@@ -225,7 +225,7 @@ private slots:
         f.Cauta();
         QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from data_list")).toInt(), 1);
         QCOMPARE(m_pg->scalar(QStringLiteral("select data_sf from data_list")).toString(), QStringLiteral("2024-03-31"));
-        QCOMPARE(f.tableView()->recordCount(), 1);
+        QCOMPARE(f.gridModel()->recordCount(), 1);
 
         // The hourglass goes away when a later step fails.
         rep::ReportDesc d2 = d;
@@ -252,7 +252,7 @@ private slots:
 
         setPeriod(f, QDate(2024, 1, 1), QDate(2024, 4, 30));
         f.Cauta();
-        ui::GridModel *v = f.tableView();
+        ui::GridModel *v = f.gridModel();
         // A desktop that lists with ";" writes decimal commas: both CSVs follow it.
         v->setLocale(QLocale(QLocale::Romanian, QLocale::Romania));
         v->setFilterText(v->columnIndex(QStringLiteral("suma")), QStringLiteral(">15"));
@@ -369,7 +369,7 @@ private slots:
         Form f2(testDesc(QStringLiteral("frmProba2"), QStringLiteral("QUARV Proba2")));
         setPeriod(f1, QDate(2024, 1, 1), QDate(2024, 4, 30));
         f1.Cauta();
-        ui::GridModel *v1 = f1.tableView();
+        ui::GridModel *v1 = f1.gridModel();
         v1->moveColumn(3, 0);
         v1->setColumnWidth(1, 133);
         v1->groupByColumn(v1->columnIndex(QStringLiteral("den")));
@@ -382,9 +382,9 @@ private slots:
         TfrmGridStyle *gs = frmGridStyle;
         QVERIFY(gs->isVisible());
         QCOMPARE(gs->lblGridName->text(), QStringLiteral("QUARV Proba1"));
-        QCOMPARE(gs->targetView.data(), v1);
+        QCOMPARE(gs->targetModel.data(), v1);
         QCOMPARE(gs->ds_style->rowCount(), 0);
-        QCOMPARE(gs->stylesView()->column(gs->stylesView()->columnIndex(QStringLiteral("discontinued"))).caption,
+        QCOMPARE(gs->stylesModel()->column(gs->stylesModel()->columnIndex(QStringLiteral("discontinued"))).caption,
                  QStringLiteral("inactiv"));
         QVERIFY(!gs->navigator()->button(ui::GridNavigator::Post)->isVisible());
 
@@ -415,7 +415,7 @@ private slots:
         // Retargeted while open: the other key, the other list.
         f2.styleButton()->click();
         QCOMPARE(gs->lblGridName->text(), QStringLiteral("QUARV Proba2"));
-        QCOMPARE(gs->targetView.data(), f2.tableView());
+        QCOMPARE(gs->targetModel.data(), f2.gridModel());
         QCOMPARE(gs->ds_style->rowCount(), 0);
         // Saving into an empty list without a name: the server's own refusal, nothing written.
         gs->btnSalveaza->click();
@@ -434,7 +434,7 @@ private slots:
         gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Vedere 1"));
         gs->btnSalveaza->click();
         QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 3);
-        const QByteArray plain = ui::saveGridLayout(*f2.tableView());
+        const QByteArray plain = ui::saveGridLayout(*f2.gridModel());
 
         // Saving into a retired style makes it active again.
         m_pg->exec(QStringLiteral("update grid_style set discontinued = true"));
@@ -450,15 +450,15 @@ private slots:
         gs->FormShow();
         QCOMPARE(gs->filterIndex(), 2);
         gs->setFilterIndex(0);
-        QCOMPARE(gs->stylesView()->recordCount(), 2);
+        QCOMPARE(gs->stylesModel()->recordCount(), 2);
         gs->setFilterIndex(1);
-        QCOMPARE(gs->stylesView()->recordCount(), 1);
+        QCOMPARE(gs->stylesModel()->recordCount(), 1);
         QCOMPARE(gs->ds_style->rowCount(), 3);
         gs->setFilterIndex(2);
-        QCOMPARE(gs->stylesView()->recordCount(), 3);
+        QCOMPARE(gs->stylesModel()->recordCount(), 3);
 
         // The other report's layout never came here.
-        QCOMPARE(ui::saveGridLayout(*f2.tableView()), plain);
+        QCOMPARE(ui::saveGridLayout(*f2.gridModel()), plain);
         gs->close();
         QVERIFY(!gs->ds_style->isActive());
     }
@@ -474,7 +474,7 @@ private slots:
         f.styleButton()->click();
         TfrmGridStyle *gs = frmGridStyle;
         ui::GridTableView *view = gs->cxGrid1DBTableView1;
-        ui::GridModel *m = gs->stylesView();
+        ui::GridModel *m = gs->stylesModel();
         const int name = m->columnIndex(QStringLiteral("style_name"));
         const int created = m->columnIndex(QStringLiteral("data_creare"));
         QCOMPARE(m->rowCount(), 2);
@@ -536,7 +536,7 @@ private slots:
     {
         m_pg->exec(QStringLiteral("delete from grid_style"));
         Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
-        ui::GridModel *v = f.tableView();
+        ui::GridModel *v = f.gridModel();
         const QByteArray before = ui::saveGridLayout(*v);
         ui::GridModel other;
         other.addColumn(QStringLiteral("den"), QStringLiteral("D"), 99);
@@ -621,7 +621,7 @@ private slots:
 
         // OK on the focused row.
         QTimer::singleShot(0, &p, [&p] {
-            p.tableView()->focusDataRow(1);
+            p.gridModel()->focusDataRow(1);
             p.btnOK->click();
         });
         QCOMPARE(p.pick(), int(QDialog::Accepted));
@@ -630,7 +630,7 @@ private slots:
 
         // Grouped, the focus on a group row: the record focused last is the choice.
         QTimer::singleShot(0, &p, [&p] {
-            ui::GridModel *v = p.tableView();
+            ui::GridModel *v = p.gridModel();
             v->groupByColumn(0);
             v->expandAll();
             QVERIFY(v->focusDataRow(1)); // 411
@@ -638,9 +638,9 @@ private slots:
             p.btnOK->click();
         });
         QCOMPARE(p.pick(), int(QDialog::Accepted));
-        QCOMPARE(p.tableView()->rowKind(p.tableView()->focusedRow()), ui::RowKind::Group);
+        QCOMPARE(p.gridModel()->rowKind(p.gridModel()->focusedRow()), ui::RowKind::Group);
         QCOMPARE(p.chosen(QStringLiteral("conts")), QStringLiteral("411"));
-        p.tableView()->clearGrouping();
+        p.gridModel()->clearGrouping();
 
         // Closed otherwise: no choice.
         QTimer::singleShot(0, &p, [&p] { p.reject(); });
@@ -652,21 +652,21 @@ private slots:
         QVERIFY(fe);
         QTest::keyClicks(fe, QStringLiteral("ban"));
         QCoreApplication::processEvents();
-        QCOMPARE(p.tableView()->recordCount(), 1);
+        QCOMPARE(p.gridModel()->recordCount(), 1);
         for (int i = 0; i < 3; ++i)
             QTest::keyClick(fe, Qt::Key_Backspace);
         QTest::keyClicks(fe, QStringLiteral("i"));
         QCoreApplication::processEvents();
-        QCOMPARE(p.tableView()->recordCount(), 3);
+        QCOMPARE(p.gridModel()->recordCount(), 3);
         m_pg->exec(QStringLiteral("update conts set discontinued = true where conts = '411'"));
         QTimer::singleShot(0, &p, [&p] { p.btnOK->click(); });
         QCOMPARE(p.pick(), int(QDialog::Accepted));
         QCOMPARE(p.dsConts->rowCount(), 2);
-        QCOMPARE(p.tableView()->recordCount(), 2); // Furnizori, Conturi la banci
-        QCOMPARE(p.tableView()->column(1).filterText, QStringLiteral("i"));
+        QCOMPARE(p.gridModel()->recordCount(), 2); // Furnizori, Conturi la banci
+        QCOMPARE(p.gridModel()->column(1).filterText, QStringLiteral("i"));
 
         // Everything filtered out: OK still, and an empty code.
-        p.tableView()->setFilterText(0, QStringLiteral("nimic"));
+        p.gridModel()->setFilterText(0, QStringLiteral("nimic"));
         QTimer::singleShot(0, &p, [&p] { p.btnOK->click(); });
         QCOMPARE(p.pick(), int(QDialog::Accepted));
         QCOMPARE(p.chosen(QStringLiteral("conts")), QString());
@@ -675,7 +675,7 @@ private slots:
         QTimer::singleShot(0, &a, [&a] { a.btnOK->click(); });
         QCOMPARE(a.pick(), int(QDialog::Accepted));
         QCOMPARE(a.chosen(QStringLiteral("conta")), QStringLiteral("401.01"));
-        QCOMPARE(a.tableView()->column(3).fieldName, QStringLiteral("moneda"));
+        QCOMPARE(a.gridModel()->column(3).fieldName, QStringLiteral("moneda"));
     }
 
     void dateEditor()

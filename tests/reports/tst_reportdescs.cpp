@@ -138,7 +138,7 @@ private slots:
             QPushButton *b = f->exportButton(e.kind);
             QVERIFY(b && b->objectName() == e.objectName && b->text() == e.caption);
         }
-        QCOMPARE(f->tableView()->columnCount(), d.columns.size());
+        QCOMPARE(f->gridModel()->columnCount(), d.columns.size());
 
         // Columns and sums against what the query returns (no rows: an empty period).
         db::Query *q = f->query();

@@ -122,7 +122,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QCOMPARE(to->date(), d("2024-03-10"));
         QCOMPARE(to->text(), QStringLiteral("10.03.2024"));
 
-        ui::GridModel *g = f->tableView();
+        ui::GridModel *g = f->gridModel();
         QCOMPARE(columnFields(g),
                  QStringList({u"data_inregistrare"_s, u"data_doc"_s, u"tip_doc"_s, u"nr_doc"_s, u"conts_db"_s, u"conta_db"_s,
                               u"valoare_lei"_s, u"conts_cr"_s, u"conta_cr"_s, u"explicatie"_s, u"moneda_db"_s, u"val_mon_db"_s,
@@ -178,7 +178,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         f->dateEdit(QStringLiteral("cxDateEdit1"))->setDate(d("2024-01-01"));
         f->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(d("2024-03-01"));
         click(f);
-        f->tableView()->setFilterText(f->tableView()->columnIndex(QStringLiteral("tip_doc")), QStringLiteral("OP"));
+        f->gridModel()->setFilterText(f->gridModel()->columnIndex(QStringLiteral("tip_doc")), QStringLiteral("OP"));
         m_msg->clear();
         ui::ScopedQueuedFileDialog dlg;
         const QString grid = m_dir.filePath(QStringLiteral("grid.csv"));
@@ -205,7 +205,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         const QString a = readFile(all);
         QVERIFY(a.contains(QStringLiteral("ian")) && a.contains(QStringLiteral("feb")));
         QVERIFY(a.section(u'\n', 0, 0).contains(QStringLiteral("data_inregistrare;data_reg_jurnal;data_doc")));
-        f->tableView()->clearAllFilters();
+        f->gridModel()->clearAllFilters();
     }
 
     void sheetEditorsAndChecks()
@@ -281,7 +281,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QCOMPARE(q->value(1, q->fieldIndex(QStringLiteral("tip_sold_final"))).toString(), QStringLiteral("DB"));
 
         // Grid: no filter row, footer or group footers; the issuer column reads "user".
-        ui::GridModel *g = f->tableView();
+        ui::GridModel *g = f->gridModel();
         QVERIFY(!g->filterRowVisible() && !g->footerVisible() && !g->groupFootersVisible());
         QVERIFY(g->footerSummaries().isEmpty() && g->groupSummaries().isEmpty());
         QCOMPARE(columnFields(g),

@@ -78,12 +78,12 @@ class TestReports2 : public QObject {
     }
     static QString cell(TReportForm *f, qsizetype row, const char *field)
     {
-        ui::GridModel *m = f->tableView();
+        ui::GridModel *m = f->gridModel();
         return m->cellText(row, m->columnIndex(QString::fromLatin1(field)));
     }
     static QString footer(TReportForm *f, const char *field)
     {
-        ui::GridModel *m = f->tableView();
+        ui::GridModel *m = f->gridModel();
         return m->footerTextForColumn(m->columnIndex(QString::fromLatin1(field)));
     }
 
@@ -172,7 +172,7 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         setPeriod(&f, d("2024-04-30"), d("2024-04-01"));
         f.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-04-30 2024-04-01"));
-        QCOMPARE(f.tableView()->recordCount(), 0);
+        QCOMPARE(f.gridModel()->recordCount(), 0);
         QCOMPARE(footer(&f, "valoare_lei"), QStringLiteral("0"));
         // The form's own period row, closed again; the other columns kept; the session's untouched.
         QVERIFY(f.ownDataList() && !f.ownDataList()->isActive());
@@ -181,15 +181,15 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
 
         setPeriod(&f, d("2024-03-01"), d("2024-03-31"));
         f.Cauta();
-        QCOMPARE(f.tableView()->recordCount(), 3);
+        QCOMPARE(f.gridModel()->recordCount(), 3);
         QCOMPARE(footer(&f, "valoare_lei"), QStringLiteral("2234.5"));
-        QCOMPARE(f.tableView()->footerValue(0), QVariant()); // val_mon_cr: no such field
+        QCOMPARE(f.gridModel()->footerValue(0), QVariant()); // val_mon_cr: no such field
         QVERIFY(!QGuiApplication::overrideCursor());
 
         // A second run re-reads the view.
         setPeriod(&f, d("2024-04-01"), d("2024-04-30"));
         f.Cauta();
-        QCOMPARE(f.tableView()->recordCount(), 1);
+        QCOMPARE(f.gridModel()->recordCount(), 1);
         QCOMPARE(cell(&f, 0, "explicatie"), QStringLiteral("aprilie"));
 
         // An empty data_list gets its row.
@@ -220,12 +220,12 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         m_pg->exec(QStringLiteral("select pg_terminate_backend(pid) from pg_stat_activity "
                                   "where datname = current_database() and pid <> pg_backend_pid()"));
         f.Cauta();
-        QCOMPARE(f.tableView()->recordCount(), 3);
+        QCOMPARE(f.gridModel()->recordCount(), 3);
 
         // Closing the form closes the query: the next showing starts empty.
         f.close();
         QVERIFY(!f.query()->isActive());
-        QCOMPARE(f.tableView()->recordCount(), 0);
+        QCOMPARE(f.gridModel()->recordCount(), 0);
     }
 
     // Accounting of documents: the month test first as a plain box, the month
@@ -258,11 +258,11 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         QCOMPARE(period(), QStringLiteral("2024-03-01 2024-03-31"));
         QCOMPARE(f.editorDate(QStringLiteral("cxDateEdit1")), d("2024-03-03"));
         QVERIFY(dmQuarv->dsDataList->isActive()); // the session's row, left open
-        QCOMPARE(f.tableView()->recordCount(), 3);
+        QCOMPARE(f.gridModel()->recordCount(), 3);
 
         // Ordered by account pair; channel and chapter columns.
         QCOMPARE(cell(&f, 0, "conts"), QStringLiteral("371"));
-        QCOMPARE(f.tableView()->column(0).headerText(), QStringLiteral("conts_db"));
+        QCOMPARE(f.gridModel()->column(0).headerText(), QStringLiteral("conts_db"));
         const qsizetype fact = 1; // 4111/A against 707/V
         QCOMPARE(cell(&f, fact, "canal_vanzare"), QStringLiteral("Online"));
         QCOMPARE(cell(&f, fact, "gr_canal_vanzare"), QStringLiteral("Digital"));
@@ -279,7 +279,7 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         setPeriod(&f, d("2024-04-01"), d("2024-04-30"));
         f.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-04-01 2024-04-30"));
-        QCOMPARE(f.tableView()->recordCount(), 3);
+        QCOMPARE(f.gridModel()->recordCount(), 3);
 
         // Tab text with a tab, a quote and a line break inside a value; the workbook typed.
         ui::ScopedQueuedFileDialog dlg;
@@ -344,13 +344,13 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         setPeriod(&o, d("2024-03-15"), d("2024-03-20"));
         o.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-03-01 2024-03-31"));
-        QCOMPARE(o.tableView()->recordCount(), 4);
+        QCOMPARE(o.gridModel()->recordCount(), 4);
         QVERIFY(dmQuarv->dsDataList->isActive());
         QVERIFY(!QGuiApplication::overrideCursor());
         QCOMPARE(cell(&o, 0, "nr_obiect_1"), QStringLiteral("OB1"));
         QCOMPARE(cell(&o, 0, "nr_obiect_2"), QString());
         QCOMPARE(footer(&o, "valoare_lei"), QStringLiteral("52.00"));
-        QCOMPARE(o.tableView()->footerValue(0), QVariant()); // valoare: not a field of the query
+        QCOMPARE(o.gridModel()->footerValue(0), QVariant()); // valoare: not a field of the query
 
         // January's line: three parts, the third left out; a month without rows.
         setPeriod(&o, d("2024-01-01"), d("2024-01-31"));
@@ -359,7 +359,7 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         QCOMPARE(cell(&o, 0, "nr_obiect_2"), QStringLiteral("B"));
         setPeriod(&o, d("2024-02-01"), d("2024-02-29"));
         o.Cauta();
-        QCOMPARE(o.tableView()->recordCount(), 0);
+        QCOMPARE(o.gridModel()->recordCount(), 0);
         QCOMPARE(footer(&o, "valoare_lei"), QStringLiteral("0.00"));
 
         // A failing view: the cursor back, the query closed, the grid empty.
@@ -395,12 +395,12 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         p.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-01-01 2024-03-31"));
         QVERIFY(dmQuarv->dsDataList->isActive());
-        QCOMPARE(p.tableView()->recordCount(), 5);
+        QCOMPARE(p.gridModel()->recordCount(), 5);
         QCOMPARE(footer(&p, "valoare_lei"), QStringLiteral("152"));
         setPeriod(&p, d("2024-02-10"), d("2024-02-05"));
         p.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-02-01 2024-02-29"));
-        QCOMPARE(p.tableView()->recordCount(), 5); // the grid keeps the first result
+        QCOMPARE(p.gridModel()->recordCount(), 5); // the grid keeps the first result
 
         // Post-calculation: built by hand (the program never creates it).
         QCOMPARE(frmAnalizaPostcalcul, nullptr);
@@ -411,7 +411,7 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         a.Cauta();
         QVERIFY(dmQuarv->dsDataList->isActive());
         QCOMPARE(period(), QStringLiteral("2024-03-01 2024-03-31"));
-        ui::GridModel *m = a.tableView();
+        ui::GridModel *m = a.gridModel();
         QCOMPARE(m->recordCount(), 4);
         // Ordered by object type: the line without object ("-") first.
         QCOMPARE(cell(&a, 0, "nr_obiect"), QStringLiteral("-"));
@@ -467,7 +467,7 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, com_int, chelt_ven
         TfrmVerifDecontTurism f;
         QCOMPARE(f.findChild<QGroupBox *>()->title(), QStringLiteral("Alegeti perioada"));
         QCOMPARE(f.findChild<QLabel *>(QStringLiteral("lblcxDateEdit1"))->text(), QStringLiteral("De la :"));
-        QCOMPARE(f.tableView()->columnCount(), 87);
+        QCOMPARE(f.gridModel()->columnCount(), 87);
         const QDate t = QDate::currentDate();
         const QDate first(t.year(), t.month(), 1), last(t.year(), t.month(), t.daysInMonth());
 
@@ -500,7 +500,7 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, com_int, chelt_ven
         QVERIFY(!f.ownDataList()->isActive());
         QVERIFY(!dmQuarv->dsDataList->isActive()); // its own row, not the session's
         QVERIFY(!QGuiApplication::overrideCursor());
-        ui::GridModel *m = f.tableView();
+        ui::GridModel *m = f.gridModel();
         QCOMPARE(m->recordCount(), 3);
         QCOMPARE(m->column(0).headerText(), QStringLiteral("decont"));
         QCOMPARE(cell(&f, 0, "com_int"), QStringLiteral("T1"));
@@ -536,7 +536,7 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, com_int, chelt_ven
         QCOMPARE(period(), QStringLiteral("2024-05-12 2024-05-05"));
         QCOMPARE(m->recordCount(), 0);
         QCOMPARE(footer(&f, "valoare_lei"), QStringLiteral("0"));
-        QCOMPARE(f.tableView()->footerValue(0), QVariant());
+        QCOMPARE(f.gridModel()->footerValue(0), QVariant());
 
         // An open result is re-run.
         setPeriod(&f, d("2024-05-01"), d("2024-05-31"));
