@@ -128,9 +128,9 @@ void GridModel::Impl::appendUtf8(QByteArray &out, qint32 row, const ColState &cs
         break;
     case db::FieldType::Date:
         if (cs.c.displayFormat.isEmpty()) {
-            int y, m, d;
-            QDate::fromJulianDay(c.asInt64(row)).getDate(&y, &m, &d);
-            append2(out, d);
+            int y, m, day;
+            QDate::fromJulianDay(c.asInt64(row)).getDate(&y, &m, &day);
+            append2(out, day);
             out += '.';
             append2(out, m);
             out += '.';

@@ -78,17 +78,17 @@ TextDict &GridModel::Impl::dict(int field)
     auto it = dicts.find(field);
     if (it != dicts.end())
         return *it->second;
-    auto d = std::make_unique<TextDict>();
+    auto td = std::make_unique<TextDict>();
     const db::Column &c = column(field);
     const qsizetype rows = n();
-    d->ids.resize(size_t(rows));
+    td->ids.resize(size_t(rows));
     // The column numbers its pooled values (equal numbers, equal values): each
     // number is looked up once. Values it did not pool are merged by their
     // bytes, kept in a compact copy so the comparisons stay in cache.
     std::vector<qint32> byEntry;
     std::vector<quint64> table(1024, 0); // (hash tag << 32) | (id + 1); 0 = free
     std::vector<quint64> offsets{0};
-    QByteArray &heap = d->ownBytes;
+    QByteArray &heap = td->ownBytes;
     size_t mask = table.size() - 1;
     auto fastHash = [](const char *p, qsizetype len) {
         quint64 h = 0x9e3779b97f4a7c15ull ^ quint64(len);
@@ -107,12 +107,12 @@ TextDict &GridModel::Impl::dict(int field)
     };
     for (qsizetype r = 0; r < rows; ++r) {
         if (c.isNull(r)) {
-            d->ids[size_t(r)] = -1;
+            td->ids[size_t(r)] = -1;
             continue;
         }
         const quint32 e = c.textId(r);
         if (e < byEntry.size() && byEntry[e] >= 0) {
-            d->ids[size_t(r)] = byEntry[e];
+            td->ids[size_t(r)] = byEntry[e];
             continue;
         }
         const QByteArrayView v = c.bytes(r);
@@ -157,26 +157,26 @@ TextDict &GridModel::Impl::dict(int field)
         if (e >= byEntry.size())
             byEntry.resize(std::max<size_t>(size_t(e) + 1, byEntry.size() * 2), -1);
         byEntry[e] = id;
-        d->ids[size_t(r)] = id;
+        td->ids[size_t(r)] = id;
     }
-    d->values.reserve(offsets.size() - 1);
+    td->values.reserve(offsets.size() - 1);
     for (size_t k = 0; k + 1 < offsets.size(); ++k)
-        d->values.emplace_back(heap.constData() + offsets[k], qsizetype(offsets[k + 1] - offsets[k]));
-    TextDict &ref = *d;
-    dicts.emplace(field, std::move(d));
+        td->values.emplace_back(heap.constData() + offsets[k], qsizetype(offsets[k + 1] - offsets[k]));
+    TextDict &ref = *td;
+    dicts.emplace(field, std::move(td));
     return ref;
 }
 
-void GridModel::Impl::rankDict(TextDict &d)
+void GridModel::Impl::rankDict(TextDict &td)
 {
-    if (d.rank.size() == d.values.size() && !d.values.empty())
+    if (td.rank.size() == td.values.size() && !td.values.empty())
         return;
-    const size_t m = d.values.size();
+    const size_t m = td.values.size();
     std::vector<qint32> order(m);
     std::iota(order.begin(), order.end(), 0);
     std::vector<qint32> rank(m);
     bool allDigits = true;
-    for (const QByteArrayView &v : d.values) {
+    for (const QByteArrayView &v : td.values) {
         for (char ch : v) {
             const auto u = static_cast<unsigned char>(ch);
             if (!((u >= '0' && u <= '9'))) {
@@ -191,7 +191,7 @@ void GridModel::Impl::rankDict(TextDict &d)
         // digits only (account codes, numbers kept as text): the collation
         // orders them as bytes do
         std::sort(order.begin(), order.end(),
-                  [&](qint32 a, qint32 b) { return d.values[size_t(a)] < d.values[size_t(b)]; });
+                  [&](qint32 a, qint32 b) { return td.values[size_t(a)] < td.values[size_t(b)]; });
         for (size_t i = 0; i < m; ++i)
             rank[size_t(order[i])] = qint32(i);
     } else {
@@ -199,13 +199,13 @@ void GridModel::Impl::rankDict(TextDict &d)
         coll.setNumericMode(false);
         std::vector<QCollatorSortKey> keys;
         keys.reserve(m);
-        for (const QByteArrayView &v : d.values)
+        for (const QByteArrayView &v : td.values)
             keys.push_back(coll.sortKey(QString::fromUtf8(v)));
         std::sort(order.begin(), order.end(), [&](qint32 a, qint32 b) {
             const int c = keys[size_t(a)].compare(keys[size_t(b)]);
             if (c != 0)
                 return c < 0;
-            return d.values[size_t(a)] < d.values[size_t(b)];
+            return td.values[size_t(a)] < td.values[size_t(b)];
         });
         // values the collation holds equal share a rank, so they group together
         qint32 r = -1;
@@ -215,21 +215,21 @@ void GridModel::Impl::rankDict(TextDict &d)
             rank[size_t(order[i])] = r;
         }
     }
-    d.rank = std::move(rank);
+    td.rank = std::move(rank);
 }
 
-void GridModel::Impl::foldDict(TextDict &d)
+void GridModel::Impl::foldDict(TextDict &td)
 {
-    if (d.foldOffsets.size() == d.values.size() + 1)
+    if (td.foldOffsets.size() == td.values.size() + 1)
         return;
-    d.foldHeap.clear();
-    d.foldOffsets.clear();
-    d.foldOffsets.reserve(d.values.size() + 1);
-    d.foldOffsets.push_back(0);
-    for (const QByteArrayView &v : d.values) {
-        if (!appendFolded(d.foldHeap, v))
-            d.foldHeap += foldText(QString::fromUtf8(v)).toUtf8();
-        d.foldOffsets.push_back(quint32(d.foldHeap.size()));
+    td.foldHeap.clear();
+    td.foldOffsets.clear();
+    td.foldOffsets.reserve(td.values.size() + 1);
+    td.foldOffsets.push_back(0);
+    for (const QByteArrayView &v : td.values) {
+        if (!appendFolded(td.foldHeap, v))
+            td.foldHeap += foldText(QString::fromUtf8(v)).toUtf8();
+        td.foldOffsets.push_back(quint32(td.foldHeap.size()));
     }
 }
 

@@ -150,9 +150,9 @@ void GridModel::Impl::compileFilter(ColState &cs)
         if (cs.kind == ColumnKind::Number) {
             ok = parseNumber(s, locale, f.number);
         } else {
-            QDate d;
-            ok = parseDate(s, d);
-            f.day = d.toJulianDay();
+            QDate day;
+            ok = parseDate(s, day);
+            f.day = day.toJulianDay();
         }
         f.op = ok ? op : FilterOp::Invalid;
         break;
@@ -214,16 +214,16 @@ CompiledFilter GridModel::Impl::compileCondition(const FilterCondition &fc) cons
             }
             break;
         }
-        QDate d;
+        QDate day;
         if (v.typeId() == QMetaType::QDate)
-            d = v.toDate();
+            day = v.toDate();
         else if (v.typeId() == QMetaType::QDateTime)
-            d = v.toDateTime().date();
+            day = v.toDateTime().date();
         else
-            parseDate(v.toString(), d);
-        if (d.isValid()) {
+            parseDate(v.toString(), day);
+        if (day.isValid()) {
             f.op = FilterOp::Eq;
-            f.day = d.toJulianDay();
+            f.day = day.toJulianDay();
         }
         break;
     }
@@ -252,21 +252,21 @@ void GridModel::Impl::applyFilter(const CompiledFilter &f, quint8 *ps, qsizetype
     case ColumnKind::Text:
     case ColumnKind::Bytes: {
         // one test per distinct value, then a look-up per row
-        TextDict &d = dict(f.field);
-        foldDict(d);
+        TextDict &td = dict(f.field);
+        foldDict(td);
         const QByteArrayView needle(f.needle);
-        std::vector<quint8> match(d.values.size());
+        std::vector<quint8> match(td.values.size());
         if (f.op == FilterOp::Contains) {
             const bool needleAscii = !hasHighBit(needle);
-            for (size_t i = 0; i < d.values.size(); ++i) {
-                const QByteArrayView v = d.folded(i);
+            for (size_t i = 0; i < td.values.size(); ++i) {
+                const QByteArrayView v = td.folded(i);
                 match[i] = needleAscii ? asciiContainsFolded(v, needle) : v.indexOf(needle) >= 0;
             }
         } else {
-            for (size_t i = 0; i < d.values.size(); ++i)
-                match[i] = d.folded(i) == needle;
+            for (size_t i = 0; i < td.values.size(); ++i)
+                match[i] = td.folded(i) == needle;
         }
-        const qint32 *ids = d.ids.data();
+        const qint32 *ids = td.ids.data();
         for (qsizetype r = 0; r < rows; ++r) {
             const qint32 id = ids[r];
             ps[r] &= quint8(id >= 0 && match[size_t(id)]);
