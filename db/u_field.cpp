@@ -140,14 +140,23 @@ QDate Column::asDate(qsizetype row) const
     return {};
 }
 
+qint64 wallClockMs(const QDateTime &dt)
+{
+    return (dt.date().toJulianDay() - kUnixEpochJulianDay) * kMsPerDay + dt.time().msecsSinceStartOfDay();
+}
+
+QDateTime wallClockOf(qint64 ms)
+{
+    return QDateTime(QDate::fromJulianDay(julianDayOfMs(ms)),
+                     QTime::fromMSecsSinceStartOfDay(int(((ms % kMsPerDay) + kMsPerDay) % kMsPerDay)));
+}
+
 QDateTime Column::asDateTime(qsizetype row) const
 {
     if (isNull(row))
         return {};
     if (m_type == FieldType::DateTime) {
-        // Wall-clock time kept as if it were UTC, shown back without a shift.
-        QDateTime utc = QDateTime::fromMSecsSinceEpoch(asInt64(row), Qt::UTC);
-        return QDateTime(utc.date(), utc.time());
+        return wallClockOf(asInt64(row));
     }
     if (m_type == FieldType::Date)
         return QDateTime(asDate(row), QTime(0, 0));
@@ -408,7 +417,7 @@ bool toStored(FieldType t, const QVariant &v, double *d, qint64 *i, QByteArray *
                                                         : v.toDateTime();
         if (!dt.isValid())
             return false;
-        *i = QDateTime(dt.date(), dt.time(), Qt::UTC).toMSecsSinceEpoch();
+        *i = wallClockMs(dt);
         return true;
     }
     case FieldType::Float: {

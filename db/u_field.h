@@ -30,6 +30,19 @@ enum class FieldType : std::uint8_t {
 };
 
 QString fieldTypeName(FieldType t);
+
+// How a DateTime is stored: the milliseconds of its wall-clock reading since
+// 1970-01-01, counted as if that reading were UTC (no zone shift either way).
+constexpr qint64 kUnixEpochJulianDay = 2440588; // 1970-01-01
+constexpr qint64 kMsPerDay = 86400000;
+// The day a stored date-time falls in, as a Julian day (also before 1970).
+inline qint64 julianDayOfMs(qint64 ms) noexcept
+{
+    return kUnixEpochJulianDay + (ms >= 0 ? ms / kMsPerDay : (ms - kMsPerDay + 1) / kMsPerDay);
+}
+// A QDateTime's own wall-clock reading in the stored form, and back (local time).
+qint64 wallClockMs(const QDateTime &dt);
+QDateTime wallClockOf(qint64 ms);
 bool isNumeric(FieldType t);
 bool isTextual(FieldType t); // String or Text
 

@@ -94,7 +94,7 @@ bool parseTimestamp(const char *v, int len, qint64 *ms) noexcept
             t += frac;
         }
     }
-    *ms = (jd - kUnixEpochJd) * kMsPerDay + t;
+    *ms = (jd - kUnixEpochJulianDay) * kMsPerDay + t;
     return true;
 }
 

@@ -39,7 +39,5 @@ inline qint64 julianDay(qint64 y, int m, int d) noexcept
     return d + (153 * mm + 2) / 5 + 365 * yy + fdiv(yy, 4) - fdiv(yy, 100) + fdiv(yy, 400) - 32045;
 }
 
-constexpr qint64 kUnixEpochJd = 2440588;
-constexpr qint64 kMsPerDay = 86400000;
 
 } // namespace db::pg

@@ -19,9 +19,9 @@ QString dateText(qint64 julianDay, const QString &fmt)
 QString dateTimeText(qint64 ms, const QString &fmt)
 {
     if (!fmt.isEmpty())
-        return wallClock(ms).toString(fmt);
+        return wallClockOf(ms).toString(fmt);
     // Fractions of a second are shown when the value has them, never dropped.
-    return wallClock(ms).toString(ms % 1000 == 0 ? QStringLiteral("dd.MM.yyyy hh:mm:ss")
+    return wallClockOf(ms).toString(ms % 1000 == 0 ? QStringLiteral("dd.MM.yyyy hh:mm:ss")
                                                  : QStringLiteral("dd.MM.yyyy hh:mm:ss.zzz"));
 }
 
@@ -32,12 +32,6 @@ void append2(QByteArray &out, int v)
 }
 
 } // namespace
-
-QDateTime wallClock(qint64 ms)
-{
-    return QDateTime(QDate::fromJulianDay(julianDayOfMs(ms)),
-                     QTime::fromMSecsSinceStartOfDay(int(((ms % kMsPerDay) + kMsPerDay) % kMsPerDay)));
-}
 
 QVariant GridModel::Impl::value(qint32 row, const ColState &cs) const
 {
@@ -51,7 +45,7 @@ QVariant GridModel::Impl::value(qint32 row, const ColState &cs) const
     case db::FieldType::Int64: return QVariant(qlonglong(c.asInt64(row)));
     case db::FieldType::Float: return QVariant(c.asDouble(row));
     case db::FieldType::Date: return QVariant(QDate::fromJulianDay(c.asInt64(row)));
-    case db::FieldType::DateTime: return QVariant(wallClock(c.asInt64(row)));
+    case db::FieldType::DateTime: return QVariant(wallClockOf(c.asInt64(row)));
     case db::FieldType::Bool: return QVariant(c.asBool(row));
     case db::FieldType::Bytes: return QVariant(c.bytes(row).toByteArray());
     default: return QVariant(QString::fromUtf8(c.bytes(row)));

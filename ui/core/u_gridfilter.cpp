@@ -209,8 +209,7 @@ CompiledFilter GridModel::Impl::compileCondition(const FilterCondition &fc) cons
             const QDateTime local = v.toDateTime().toLocalTime();
             if (local.isValid()) {
                 f.op = FilterOp::At;
-                f.ms = (local.date().toJulianDay() - kUnixEpochJulianDay) * kMsPerDay
-                    + local.time().msecsSinceStartOfDay();
+                f.ms = db::wallClockMs(local);
             }
             break;
         }

@@ -179,7 +179,7 @@ QVariant GridModel::Impl::summaryValue(const GridSummary &s, const Agg *a) const
         if (k == ColumnKind::Date)
             return QVariant(QDate::fromJulianDay(qint64(v)));
         if (k == ColumnKind::DateTime)
-            return QVariant(wallClock(qint64(v)));
+            return QVariant(wallClockOf(qint64(v)));
         if (k == ColumnKind::Bool)
             return QVariant(v != 0);
         return QVariant(v);

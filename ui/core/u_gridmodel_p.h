@@ -24,18 +24,11 @@ namespace ui {
 
 // ---------------------------------------------------------------- dates
 
-constexpr qint64 kUnixEpochJulianDay = 2440588; // 1970-01-01
-constexpr qint64 kMsPerDay = 86400000;
-
-// The day of a date-time cell (milliseconds of the wall clock since 1970-01-01),
-// as a Julian day; moments before 1970 belong to the day they fall in.
-inline qint64 julianDayOfMs(qint64 ms)
-{
-    return kUnixEpochJulianDay + (ms >= 0 ? ms / kMsPerDay : (ms - kMsPerDay + 1) / kMsPerDay);
-}
-
-// A date-time cell as a QDateTime of the same wall-clock reading.
-QDateTime wallClock(qint64 ms);
+// Date-time cells hold the dataset's stored form (db/u_field.h).
+using db::julianDayOfMs;
+using db::kMsPerDay;
+using db::kUnixEpochJulianDay;
+using db::wallClockOf;
 
 ColumnKind kindOf(db::FieldType t);
 
