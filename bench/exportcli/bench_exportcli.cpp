@@ -6,6 +6,9 @@
 // Prints BENCH export_cli_ms, export_psql_ms (medians of N runs after one
 // warm-up of each) and export_cli_vs_psql_ratio. The exporter signs in as
 // the demo issuer (QUARV_BENCH_ISSUER / _ISSUER_PASSWORD, DEMO / demo).
+// Where QUARV_BENCH_WINDOWS_EXPORT names the Windows exporter (scripts/bench
+// sets it when scripts/windows has built one), the same export runs under
+// Wine too: BENCH windows_export_ms and windows_export_vs_linux_ratio.
 
 #include "bench/common/u_benchpsql.h"
 #include "db/u_error.h"
@@ -29,18 +32,25 @@ double median(std::vector<double> v)
     return v[v.size() / 2];
 }
 
-double runExporter(const QString &file)
+// The Linux exporter, or the Windows one under Wine when windowsExe is given.
+double runExporter(const QString &file, const QString &windowsExe = {})
 {
     QProcess p;
-    p.setProgram(QStringLiteral(QUARV_EXPORT_EXE));
-    p.setArguments({QStringLiteral("--host"), benchlib::env("QUARV_BENCH_HOST", "127.0.0.1"), QStringLiteral("--port"),
+    const QStringList args{QStringLiteral("--host"), benchlib::env("QUARV_BENCH_HOST", "127.0.0.1"), QStringLiteral("--port"),
                     benchlib::env("QUARV_BENCH_PORT", "5432"), QStringLiteral("--database"),
                     benchlib::env("QUARV_BENCH_DB", "quarv_mare"), QStringLiteral("--issuer"),
                     benchlib::env("QUARV_BENCH_ISSUER", "DEMO"), QStringLiteral("--report"),
                     QStringLiteral("frmAnalizaContabilaDetaliata"), QStringLiteral("--from"), QStringLiteral("01.01.2025"),
                     QStringLiteral("--to"), QStringLiteral("30.11.2026"), QStringLiteral("--format"),
                     QStringLiteral("csv-all"), QStringLiteral("--output"), file, QStringLiteral("--password-stdin"),
-                    QStringLiteral("--quiet")});
+                    QStringLiteral("--quiet")};
+    if (windowsExe.isEmpty()) {
+        p.setProgram(QStringLiteral(QUARV_EXPORT_EXE));
+        p.setArguments(args);
+    } else {
+        p.setProgram(QStringLiteral("wine64"));
+        p.setArguments(QStringList{windowsExe} + args);
+    }
     QElapsedTimer t;
     t.start();
     p.start();
@@ -91,6 +101,26 @@ int main(int argc, char **argv)
         std::printf("BENCH export_cli_ms %.1f ms\n", c);
         std::printf("BENCH export_psql_ms %.1f ms\n", b);
         std::printf("BENCH export_cli_vs_psql_ratio %.2f x\n", c / b);
+
+        const QString windows = qEnvironmentVariable("QUARV_BENCH_WINDOWS_EXPORT");
+        if (!windows.isEmpty()) {
+            // Linux and Windows in turn, so both see the same server and machine.
+            const QString winFile = tmp.filePath(QStringLiteral("windows.csv"));
+            std::vector<double> win, lin;
+            for (int i = 0; i <= repeat; ++i) {
+                const double w = runExporter(winFile, windows);
+                const double l = runExporter(cliFile);
+                if (i > 0) {
+                    win.push_back(w);
+                    lin.push_back(l);
+                }
+            }
+            const double w = median(win), l = median(lin);
+            std::printf("# the Windows exporter's file %s the Linux one's\n",
+                        QFileInfo(winFile).size() == QFileInfo(cliFile).size() ? "has the size of" : "differs from");
+            std::printf("BENCH windows_export_ms %.1f ms\n", w);
+            std::printf("BENCH windows_export_vs_linux_ratio %.2f x\n", w / l);
+        }
         return 0;
     } catch (const QuarvError &e) {
         std::fprintf(stderr, "bench_exportcli: %s\n", e.what());
