@@ -1,5 +1,6 @@
 #include "db/u_connection.h"
 
+#include <QRegularExpression>
 #include <QThread>
 #include <QTimeZone>
 
@@ -18,12 +19,37 @@ namespace db {
 
 namespace {
 
+// The client library indents the second line of its messages ("\n\t");
+// an error box shows them as lines of their own.
+QString withoutIndentation(QString text)
+{
+    text.replace(QLatin1String("\n\t"), QLatin1String("\n"));
+    return text.trimmed();
+}
+
 QString connMessage(PGconn *c, const char *fallback)
 {
-    QString text = c ? QString::fromUtf8(PQerrorMessage(c)).trimmed() : QString();
+    QString text = c ? withoutIndentation(QString::fromUtf8(PQerrorMessage(c))) : QString();
     if (text.isEmpty())
         text = QString::fromUtf8(fallback);
     return text;
+}
+
+// A server's detail is shown only where it is short readable text: a
+// "Failing row contains (...)" with a stored layout in it would put hundreds
+// of hexadecimal digits in front of the operator.
+bool readableDetail(const QString &detail)
+{
+    constexpr qsizetype kLongest = 300;
+    if (detail.size() > kLongest)
+        return false;
+    static const QRegularExpression binary(QStringLiteral("\\\\x[0-9a-fA-F]{16}"));
+    if (detail.contains(binary))
+        return false;
+    for (QChar ch : detail)
+        if (ch.category() == QChar::Other_Control && ch != u'\n' && ch != u'\t')
+            return false;
+    return true;
 }
 
 // Waits until the socket has something to read: 1 ready, 0 timed out, -1 failed.
@@ -233,12 +259,12 @@ QuarvError Connection::resultError(const PGresult *r) const
     QString state;
     if (r) {
         text = QString::fromUtf8(PQresultErrorField(r, PG_DIAG_MESSAGE_PRIMARY));
-        const char *detail = PQresultErrorField(r, PG_DIAG_MESSAGE_DETAIL);
-        if (!text.isEmpty() && detail && *detail)
-            text += u'\r' + QString::fromUtf8(detail);
+        const QString detail = QString::fromUtf8(PQresultErrorField(r, PG_DIAG_MESSAGE_DETAIL));
+        if (!text.isEmpty() && !detail.isEmpty() && readableDetail(detail))
+            text += u'\r' + detail;
         state = QString::fromLatin1(PQresultErrorField(r, PG_DIAG_SQLSTATE));
         if (text.isEmpty())
-            text = QString::fromUtf8(PQresultErrorMessage(r)).trimmed();
+            text = withoutIndentation(QString::fromUtf8(PQresultErrorMessage(r)));
     }
     if (text.isEmpty())
         text = connMessage(m_conn.get(), "Eroare la executia comenzii");

@@ -49,6 +49,8 @@ GridTableView::GridTableView(QWidget *parent) : QAbstractScrollArea(parent), m_m
     m_editor = new QLineEdit(viewport());
     m_editor->setObjectName(QStringLiteral("cellEditor"));
     m_editor->setFrame(false);
+    // The text stays where the cell showed it (the line edit keeps 2 pixels of its own).
+    m_editor->setTextMargins(kCellPadding - 2, 0, kCellPadding - 2, 0);
     m_editor->hide();
     m_editor->installEventFilter(this);
     // The vertical scroll bar stands beside the rows only, not beside the
@@ -127,6 +129,14 @@ void GridTableView::onDataSetState()
             m_focusColumn = m_visible.first();
         }
     }
+    if (inserting != m_wasInserting && QAccessible::isActive()) {
+        // The row being inserted is the accessible table's last row.
+        QAccessibleTableModelChangeEvent ev(this, inserting ? QAccessibleTableModelChangeEvent::RowsInserted
+                                                            : QAccessibleTableModelChangeEvent::RowsRemoved);
+        ev.setFirstRow(int(m_model->rowCount()));
+        ev.setLastRow(int(m_model->rowCount()));
+        QAccessible::updateAccessibility(&ev);
+    }
     m_wasInserting = inserting;
     viewport()->update();
 }
@@ -172,8 +182,18 @@ CellStyle GridTableView::resolvedStyle(GridElement e) const
         const CellStyle c = m_sheet.style(GridElement::Content);
         if (!s.font)
             s.font = c.font;
-        if (!s.textColor && e != GridElement::Selection && e != GridElement::Inactive)
+        if (!s.textColor && (e == GridElement::ContentEven || e == GridElement::ContentOdd))
             s.textColor = c.textColor;
+        // Group rows and footers are written in the data rows' text colour
+        // (the even and odd rows' where the sheet has them); a selection too
+        // when it has a background of its own. Only a selection drawn in the
+        // system's highlight takes the highlight's text colour.
+        const bool systemHighlight = (e == GridElement::Selection || e == GridElement::Inactive) && !s.color;
+        if (!s.textColor && !systemHighlight && e != GridElement::ContentEven && e != GridElement::ContentOdd)
+            s.textColor = resolvedStyle(m_sheet.has(GridElement::ContentEven) || m_sheet.has(GridElement::ContentOdd)
+                                            ? GridElement::ContentEven
+                                            : GridElement::Content)
+                              .textColor;
         if (!s.color && (e == GridElement::ContentEven || e == GridElement::ContentOdd))
             s.color = c.color;
     }
@@ -220,6 +240,18 @@ CellStyle GridTableView::resolvedStyle(GridElement e) const
         s.textColor = (e == GridElement::Header || e == GridElement::GroupByBox) ? pal.color(QPalette::ButtonText)
                                                                                   : pal.color(QPalette::Text);
     m_styleCache.insert(int(e), s);
+    return s;
+}
+
+CellStyle GridTableView::focusedRowStyle(const CellStyle &ordinary) const
+{
+    const GridElement e = hasFocus() ? GridElement::Selection : GridElement::Inactive;
+    CellStyle s = resolvedStyle(e);
+    // A selection with a background of its own and no text colour keeps the
+    // text colour of the row it marks (a group row's, a footer's).
+    const CellStyle given = m_sheet.style(e);
+    if (given.color && !given.textColor)
+        s.textColor = ordinary.textColor;
     return s;
 }
 
@@ -290,10 +322,18 @@ GridHit GridTableView::hitTest(const QPoint &pos) const
     h.row = row;
     h.column = columnAtX(pos.x());
     if (row < m_model->rowCount() && m_model->rowKind(row) == RowKind::Group) {
-        const int bx = indicatorWidth() + m_model->rowLevel(row) * kIndentStep - horizontalScrollBar()->value();
+        const int bx = groupBoxX(row);
         h.expandButton = pos.x() >= bx && pos.x() < bx + kIndentStep;
     }
     return h;
+}
+
+int GridTableView::groupBoxX(qsizetype row) const
+{
+    const int gx = indicatorWidth() + m_model->rowLevel(row) * kIndentStep - horizontalScrollBar()->value();
+    // Scrolled to the right, the [+] stays at the left edge of the rows with
+    // the group's caption after it.
+    return std::max(gx, indicatorWidth());
 }
 
 QRect GridTableView::groupCaptionRect(qsizetype row) const
@@ -301,9 +341,8 @@ QRect GridTableView::groupCaptionRect(qsizetype row) const
     if (row < 0 || row >= m_model->rowCount() || m_model->rowKind(row) != RowKind::Group)
         return {};
     const QRect r = rowRect(row);
-    const int gx = indicatorWidth() + m_model->rowLevel(row) * kIndentStep - horizontalScrollBar()->value();
-    // After the [+]; scrolled to the right, it stays at the left edge of the rows.
-    const int left = std::max(gx + kIndentStep + 2, indicatorWidth() + 2);
+    // After the [+].
+    const int left = groupBoxX(row) + kIndentStep + 2;
     const int right = std::max(firstColumnX() + m_totalWidth, r.right());
     return QRect(left, r.y(), std::max(0, right - left + 1), r.height());
 }
@@ -517,7 +556,7 @@ void GridTableView::paintCellText(QPainter &p, const QRect &r, const QString &te
 {
     if (text.isEmpty())
         return;
-    const QRect tr = r.adjusted(3, 0, -4, 0);
+    const QRect tr = r.adjusted(kCellPadding, 0, -kCellPadding - 1, 0); // and the grid line
     const Qt::Alignment a = (isRightAligned(m_model->columnKind(col)) ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
     p.setPen(*st.textColor);
     const QFontMetrics fm(*st.font);
@@ -577,7 +616,6 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
         p.fillRect(ir, *groupSt.color);
     }
 
-    const CellStyle selSt = resolvedStyle(hasFocus() ? GridElement::Selection : GridElement::Inactive);
     const int x0 = indW - hx;
     const int contentRight = firstColumnX() + m_totalWidth;
 
@@ -585,6 +623,7 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
         CellStyle st = resolvedStyle((row % 2) ? GridElement::ContentOdd : GridElement::ContentEven);
         if (!m_sheet.has(GridElement::ContentEven) && !m_sheet.has(GridElement::ContentOdd))
             st = resolvedStyle(GridElement::Content);
+        const CellStyle selSt = focusedRowStyle(st);
         p.setFont(*st.font);
         for (int i = 0; i < m_visible.size(); ++i) {
             const int col = m_visible[i];
@@ -608,7 +647,9 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
                     const CellStyle is = resolvedStyle(GridElement::IncSearch);
                     const QFontMetrics fm(*ts.font);
                     const int w = fm.horizontalAdvance(text.left(m_incSearch.size()));
-                    const int x = isRightAligned(m_model->columnKind(col)) ? cr.right() - 4 - fm.horizontalAdvance(text) : cr.left() + 3;
+                    const int x = isRightAligned(m_model->columnKind(col))
+                        ? cr.right() - kCellPadding - fm.horizontalAdvance(text)
+                        : cr.left() + kCellPadding;
                     p.fillRect(QRect(x, cr.top() + 2, w, cr.height() - 4), *is.color);
                     paintCellText(p, cr, text, col, ts);
                     p.setPen(*is.textColor);
@@ -633,10 +674,10 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
     } else if (kind == RowKind::Group) {
         const int gx = x0 + level * kIndentStep;
         const QRect gr(gx, r.y(), std::max(contentRight, r.right()) - gx + 1, r.height());
-        const CellStyle &st = focused ? selSt : groupSt;
+        const CellStyle st = focused ? focusedRowStyle(groupSt) : groupSt;
         p.fillRect(gr, *st.color);
         // [+] / [-]
-        const QRect box(gx + kIndentStep / 2 - 5, r.center().y() - 4, 9, 9);
+        const QRect box(groupBoxX(row) + kIndentStep / 2 - 5, r.center().y() - 4, 9, 9);
         p.fillRect(box, Qt::white);
         p.setPen(QColor(0x60, 0x60, 0x60));
         p.drawRect(box);
@@ -660,9 +701,9 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
             if (gs.textColor)
                 st.textColor = gs.textColor;
         }
-        p.fillRect(fr, focused ? *selSt.color : *st.color);
+        const CellStyle ts = focused ? focusedRowStyle(st) : st;
+        p.fillRect(fr, *ts.color);
         p.setFont(*st.font);
-        const CellStyle &ts = focused ? selSt : st;
         for (int i = 0; i < m_visible.size(); ++i) {
             const int col = m_visible[i];
             const QString t = m_model->groupFooterTextForColumn(row, col);

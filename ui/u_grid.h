@@ -67,7 +67,13 @@ public:
     const GridStyleSheet &gridStyleSheet() const { return m_sheet; }
     void setGridStyleSheet(const GridStyleSheet &sheet);
     // The style of an element with the view's defaults filled in.
+    // The room kept free inside a cell on each side of its text, so a number
+    // ending at a cell's right edge never reads as one with the text of the
+    // next column.
+    static constexpr int kCellPadding = 6;
     CellStyle resolvedStyle(GridElement e) const;
+    // The focused row's look over a row otherwise drawn in `ordinary`.
+    CellStyle focusedRowStyle(const CellStyle &ordinary) const;
 
     // ----- geometry (view coordinates of the row area = viewport)
     int rowHeight() const { return m_rowHeight; }
@@ -85,6 +91,8 @@ public:
     // Where a group row's caption is drawn: after its [+], kept at the left
     // edge of the rows when scrolled to the right. Empty for other rows.
     QRect groupCaptionRect(qsizetype displayRow) const;
+    // The left edge of a group row's [+]/[-] cell.
+    int groupBoxX(qsizetype displayRow) const;
     void scrollToRow(qsizetype displayRow);
 
     // ----- the row being inserted: while the dataset inserts, one more row

@@ -1,9 +1,10 @@
 // The grid as an accessible table: screen readers and desktop automation read
 // the rows the operator sees (display rows, visible columns in display order:
 // data rows, group rows, group footers), the column captions as header cells,
-// and each cell's text as shown. After the cells come the filter row (its
-// editors are ordinary widgets) and the footer, a row of cells holding the
-// grand summaries as displayed.
+// and each cell's text as shown, the row being inserted last. After the cells
+// come the in-place editor while a cell is edited (the focused text, named by
+// its column), the filter row (its editors are ordinary widgets) and the
+// footer, a row of cells holding the grand summaries as displayed.
 
 #include "ui/u_grid.h"
 #include "ui/u_gridstrips.h"
@@ -11,6 +12,7 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QHash>
+#include <QLineEdit>
 #include <QPointer>
 #include <QScrollBar>
 
@@ -100,13 +102,14 @@ public:
         return QAccessibleWidget::text(t);
     }
 
-    // Children: the header cells, then the cells row by row, then the strips
-    // that are shown (filter row, footer).
+    // Children: the header cells, then the cells row by row, then the
+    // widgets that are shown (the cell editor, the filter row, the footer).
     int cellCount() const { return (rowCount() + 1) * columnCount(); }
     QList<QWidget *> strips() const
     {
         QList<QWidget *> out;
-        for (QWidget *w : {static_cast<QWidget *>(m_view->filterRow()), static_cast<QWidget *>(m_view->footer())})
+        for (QWidget *w : {static_cast<QWidget *>(m_view->cellEditor()), static_cast<QWidget *>(m_view->filterRow()),
+                           static_cast<QWidget *>(m_view->footer())})
             if (w && !w->isHidden())
                 out << w;
         return out;
@@ -158,7 +161,7 @@ public:
     QList<QAccessibleInterface *> selectedCells() const override
     {
         QList<QAccessibleInterface *> out;
-        const qsizetype r = m_view->model()->focusedRow();
+        const qsizetype r = m_view->currentRow();
         if (r >= 0)
             for (int c = 0; c < columnCount(); ++c)
                 out << cell(int(r), c);
@@ -171,17 +174,17 @@ public:
     }
     QString rowDescription(int) const override { return {}; }
     int selectedColumnCount() const override { return 0; }
-    int selectedRowCount() const override { return m_view->model()->focusedRow() >= 0 ? 1 : 0; }
+    int selectedRowCount() const override { return m_view->currentRow() >= 0 ? 1 : 0; }
     int columnCount() const override { return int(m_view->model()->visibleColumns().size()); }
-    int rowCount() const override { return int(m_view->model()->rowCount()); }
+    int rowCount() const override { return int(m_view->totalRows()); }
     QList<int> selectedColumns() const override { return {}; }
     QList<int> selectedRows() const override
     {
-        const qsizetype r = m_view->model()->focusedRow();
+        const qsizetype r = m_view->currentRow();
         return r >= 0 ? QList<int>{int(r)} : QList<int>{};
     }
     bool isColumnSelected(int) const override { return false; }
-    bool isRowSelected(int row) const override { return row >= 0 && row == m_view->model()->focusedRow(); }
+    bool isRowSelected(int row) const override { return row >= 0 && row == m_view->currentRow(); }
     bool selectRow(int row) override { return m_view->moveFocusTo(row); }
     bool selectColumn(int) override { return false; }
     bool unselectRow(int) override { return false; }
@@ -217,7 +220,7 @@ bool GridAccessibleCell::isValid() const
     if (!m_view)
         return false;
     const GridModel *m = m_view->model();
-    return m_col >= 0 && m_col < m->visibleColumns().size() && m_row < m->rowCount();
+    return m_col >= 0 && m_col < m->visibleColumns().size() && m_row < m_view->totalRows();
 }
 
 QAccessibleInterface *GridAccessibleCell::parent() const { return const_cast<GridAccessibleTable *>(m_table); }
@@ -264,7 +267,7 @@ QAccessible::State GridAccessibleCell::state() const
 
 bool GridAccessibleCell::isSelected() const
 {
-    return m_view && m_row >= 0 && m_row == m_view->model()->focusedRow();
+    return m_view && m_row >= 0 && m_row == m_view->currentRow();
 }
 
 QList<QAccessibleInterface *> GridAccessibleCell::columnHeaderCells() const

@@ -22,6 +22,8 @@ int GridTableView::bestFitWidth(int col) const
     const QFontMetrics cfm(*resolvedStyle(GridElement::Content).font);
     const QFontMetrics ffm(*resolvedStyle(GridElement::Footer).font);
     const qsizetype rows = m_model->rowCount();
+    // The padding on both sides and the grid line, as the cells are painted.
+    const int textRoom = 2 * kCellPadding + 1;
     // Every row of a grid of ordinary size; on a huge grid the rows around the screen.
     constexpr qsizetype kAllRowsLimit = 20000;
     qsizetype from = 0, to = rows;
@@ -31,11 +33,11 @@ int GridTableView::bestFitWidth(int col) const
     }
     for (qsizetype r = from; r < to; ++r) {
         switch (m_model->rowKind(r)) {
-        case RowKind::Data: w = std::max(w, cfm.horizontalAdvance(m_model->cellText(r, col)) + 8); break;
+        case RowKind::Data: w = std::max(w, cfm.horizontalAdvance(m_model->cellText(r, col)) + textRoom); break;
         case RowKind::GroupFooter: {
             const QString t = m_model->groupFooterTextForColumn(r, col);
             if (!t.isEmpty())
-                w = std::max(w, ffm.horizontalAdvance(QString(t).replace(QLatin1Char('\n'), QLatin1String("; "))) + 10);
+                w = std::max(w, ffm.horizontalAdvance(QString(t).replace(QLatin1Char('\n'), QLatin1String("; "))) + textRoom);
             break;
         }
         case RowKind::Group: break;

@@ -114,6 +114,8 @@ void TstDbQuery::deadServerFailsWithLibpqText()
     } catch (const QuarvError &e) {
         QVERIFY2(e.text().contains(QStringLiteral("127.0.0.1")) || e.text().contains(QStringLiteral("refused")),
                  qPrintable(e.text()));
+        // The client library's second line, without its indentation.
+        QVERIFY2(!e.text().contains(u'\t'), qPrintable(e.text()));
     }
     QVERIFY(!c.isOpen());
     // A query on it reports the same failure rather than hanging.
@@ -294,6 +296,24 @@ void TstDbQuery::emptyResultsAndErrors()
         QCOMPARE(e.sqlState(), QStringLiteral("42P01"));
     }
     QVERIFY(!q.isActive());
+    // A server's detail is shown where it is short text, never a row of
+    // binary values (a saved layout in hexadecimal).
+    PgTestServer::instance().exec(QStringLiteral(
+        "create table tq_detail (id int primary key, nume varchar(20) not null, layout bytea);"
+        "insert into tq_detail values (1, 'a', null)"));
+    for (const auto &[sql, shown] :
+         {std::pair{"insert into tq_detail values (1, 'b', null)", true},
+          std::pair{"insert into tq_detail select 2, null, decode(repeat('5b56696577', 200), 'hex')", false}}) {
+        q.setSql(QString::fromLatin1(sql));
+        try {
+            q.open();
+            QFAIL("a refused row was stored");
+        } catch (const QuarvError &e) {
+            QVERIFY2(e.text().contains(QStringLiteral("Key (id)=(1) already exists")) == shown, qPrintable(e.text()));
+            QVERIFY2(!e.text().contains(QStringLiteral("\\x")) && e.text().size() < 400, qPrintable(e.text()));
+            QVERIFY2(shown || e.text().contains(QStringLiteral("nume")), qPrintable(e.text()));
+        }
+    }
     // The connection is still usable after a failed statement.
     q.setSql(QStringLiteral("select 1/0"));
     QVERIFY_THROWS_EXCEPTION(QuarvError, q.open());

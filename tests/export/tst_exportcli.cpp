@@ -14,6 +14,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -86,7 +87,8 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
 )"));
     }
 
-    // Every report in every format it takes; the files hold its rows.
+    // Every report in every format, whatever buttons its form has; the files
+    // hold its rows, the all-data CSV every field of the query.
     void everyReportEveryFormat()
     {
         const Result list = run({QStringLiteral("--list-reports")});
@@ -99,7 +101,8 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
             const QStringList more = cols[2].contains(QStringLiteral("--account"))
                                          ? QStringList{QStringLiteral("--account"), QStringLiteral("4111")}
                                          : QStringList{};
-            for (const QString &format : cols[3].split(u',')) {
+            for (const char *name : {"csv-grid", "csv-all", "text", "xlsx"}) {
+                const QString format = QString::fromLatin1(name);
                 const QString file = report + u'.' + format;
                 const Result r = exportRun(report, format, file,
                                            QStringList{QStringLiteral("--from"), QStringLiteral("01.03.2024"),
@@ -115,8 +118,20 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
                     // A header and at least one row of March.
                     QVERIFY2(bytes.count('\n') >= 2, qPrintable(report + u' ' + format));
                 }
+                if (format == QLatin1String("csv-all")) {
+                    const QStringList header = QString::fromUtf8(bytes).remove(QChar(0xFEFF)).section(u'\r', 0, 0).split(QRegularExpression(QStringLiteral("[;,]")));
+                    const rep::ReportDesc d = rep::findReport(report)->description();
+                    for (const rep::ColumnDesc &c : d.columns)
+                        QVERIFY2(header.contains(u'"' + c.field + u'"') || header.contains(c.field),
+                                 qPrintable(report + u' ' + c.field + u' ' + header.join(u'|')));
+                }
             }
         }
+        // --list-reports still names the export buttons of each form.
+        QVERIFY(list.out.contains(QStringLiteral("frmContareDocumente\t")));
+        for (const QString &line : list.out.split(u'\n'))
+            if (line.startsWith(QLatin1String("frmContareDocumente\t")))
+                QVERIFY2(!line.section(u'\t', 3).contains(QStringLiteral("csv-all")), qPrintable(line));
         // The post-calculation analysis, which the menu cannot open, gives its rows.
         const QString post = readTextFile(m_dir.filePath(QStringLiteral("frmAnalizaPostcalcul.text")));
         QVERIFY2(post.contains(QStringLiteral("\"comision\"")), qPrintable(post));
@@ -170,7 +185,7 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         for (const QStringList &bad : {QStringList{QStringLiteral("--port"), QStringLiteral("-5")},
                                       QStringList{QStringLiteral("--report"), QStringLiteral("frmNimic")},
                                       QStringList{QStringLiteral("--from"), QStringLiteral("31.02.2024")},
-                                      QStringList{QStringLiteral("--format"), QStringLiteral("xlsx")}}) {
+                                      QStringList{QStringLiteral("--format"), QStringLiteral("ods")}}) {
             QStringList args = signIn() + QStringList{QStringLiteral("--report"), QStringLiteral("frmAnalizaRegistruJurnal"),
                                                       QStringLiteral("--format"), QStringLiteral("csv-grid"),
                                                       QStringLiteral("--output"), m_dir.filePath(QStringLiteral("u"))};

@@ -19,6 +19,7 @@
 #include "ui/core/u_platform.h"
 
 #include <QFile>
+#include <cmath>
 #include <QCalendarWidget>
 #include <QGuiApplication>
 #include <QLabel>
@@ -140,6 +141,47 @@ private slots:
     }
 
     void init() { m_msg->clear(); }
+
+    // Every element of both session sheets that carries text is readable on
+    // its background, the focused row in a focused grid and in one that is
+    // not (after "Cauta", after a navigator click) included.
+    void sheetsAreReadable()
+    {
+        auto luminance = [](QColor c) {
+            auto lin = [](double v) { return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+            return 0.2126 * lin(c.redF()) + 0.7152 * lin(c.greenF()) + 0.0722 * lin(c.blueF());
+        };
+        auto contrast = [&](QColor a, QColor b) {
+            const double x = luminance(a), y = luminance(b);
+            return (std::max(x, y) + 0.05) / (std::min(x, y) + 0.05);
+        };
+        using ui::GridElement;
+        for (const ui::GridStyleSheet *sheet : {&dmQuarv->GridTableViewStyleSheetReport(), &dmQuarv->StandardQUARV()}) {
+            ui::GridTableView view;
+            view.setGridStyleSheet(*sheet);
+            const ui::CellStyle even = view.resolvedStyle(GridElement::ContentEven);
+            const ui::CellStyle group = view.resolvedStyle(GridElement::Group);
+            const ui::CellStyle footer = view.resolvedStyle(GridElement::Footer);
+            QList<std::pair<QString, ui::CellStyle>> drawn;
+            for (auto [name, e] : {std::pair{"content", GridElement::ContentEven}, {"odd rows", GridElement::ContentOdd},
+                                   {"group row", GridElement::Group}, {"footer", GridElement::Footer},
+                                   {"header", GridElement::Header}, {"filter box", GridElement::FilterBox},
+                                   {"group box", GridElement::GroupByBox}, {"search", GridElement::IncSearch},
+                                   {"preview", GridElement::Preview}, {"focused row", GridElement::Selection}})
+                drawn.append({QString::fromLatin1(name), view.resolvedStyle(e)});
+            view.clearFocus();
+            QVERIFY(!view.hasFocus());
+            drawn.append({QStringLiteral("unfocused row"), view.focusedRowStyle(even)});
+            drawn.append({QStringLiteral("unfocused group"), view.focusedRowStyle(group)});
+            drawn.append({QStringLiteral("unfocused footer"), view.focusedRowStyle(footer)});
+            for (const auto &[name, st] : drawn) {
+                const double ratio = contrast(*st.color, *st.textColor);
+                QVERIFY2(ratio >= 4.5, qPrintable(QStringLiteral("%1, %2: %3 on %4 is %5:1")
+                                                      .arg(sheet->name(), name, st.textColor->name(), st.color->name())
+                                                      .arg(ratio, 0, 'f', 1)));
+            }
+        }
+    }
 
     // The form as built from its description, and the common run.
     void runSteps()

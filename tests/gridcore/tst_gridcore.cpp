@@ -80,15 +80,21 @@ QString shownRows(const GridModel &m)
 }
 
 // What the filters are tried on: partners written with both forms of ş and ţ,
-// amounts of both signs, a leap day, a moment before 1970, and a row of nulls.
+// amounts of both signs, a leap day, a moment before 1970, identifiers that
+// floating point cannot tell apart, and a row of nulls.
 void fillFilterLedger(TestDataSet &ds)
 {
-    ds.add({QStringLiteral("Ştefan Cel Mare"), 150.0, QDate(2024, 3, 1), QDateTime(QDate(2024, 3, 1), QTime(8, 30)), false});
-    ds.add({QStringLiteral("ștefan vodă"), 0.0, QDate(2024, 3, 15), QDateTime(QDate(2024, 3, 15), QTime(23, 59, 59, 500)), true});
-    ds.add({QStringLiteral("Ţară Nouă"), -20.5, QDate(2024, 4, 1), QDateTime(QDate(2024, 4, 1), QTime(0, 0)), false});
-    ds.add({QStringLiteral("țara veche"), 100.0, QDate(2023, 12, 31), QDateTime(QDate(1969, 12, 31), QTime(23, 0)), QVariant()});
-    ds.add({QVariant(), QVariant(), QVariant(), QVariant(), true});
-    ds.add({QStringLiteral("SC ÎNCASĂRI SRL"), 1234.56, QDate(2024, 2, 29), QDateTime(QDate(2024, 2, 29), QTime(12, 0)), true});
+    ds.add({QStringLiteral("Ştefan Cel Mare"), 150.0, QDate(2024, 3, 1), QDateTime(QDate(2024, 3, 1), QTime(8, 30)), false,
+            qint64(3000000000)});
+    ds.add({QStringLiteral("ștefan vodă"), 0.0, QDate(2024, 3, 15), QDateTime(QDate(2024, 3, 15), QTime(23, 59, 59, 500)), true,
+            qint64(3000000001)});
+    ds.add({QStringLiteral("Ţară Nouă"), -20.5, QDate(2024, 4, 1), QDateTime(QDate(2024, 4, 1), QTime(0, 0)), false,
+            qint64(9007199254740993)});
+    ds.add({QStringLiteral("țara veche"), 100.0, QDate(2023, 12, 31), QDateTime(QDate(1969, 12, 31), QTime(23, 0)), QVariant(),
+            qint64(9007199254740992)});
+    ds.add({QVariant(), QVariant(), QVariant(), QVariant(), true, QVariant()});
+    ds.add({QStringLiteral("SC ÎNCASĂRI SRL"), 1234.56, QDate(2024, 2, 29), QDateTime(QDate(2024, 2, 29), QTime(12, 0)), true,
+            qint64(17)});
     ds.openNow();
 }
 
@@ -96,7 +102,7 @@ std::vector<db::FieldDef> filterLedgerFields()
 {
     return {{QStringLiteral("partener"), FieldType::Text},   {QStringLiteral("valoare"), FieldType::Float},
             {QStringLiteral("data_doc"), FieldType::Date},   {QStringLiteral("moment"), FieldType::DateTime},
-            {QStringLiteral("da_nu"), FieldType::Bool}};
+            {QStringLiteral("da_nu"), FieldType::Bool},      {QStringLiteral("doc_id"), FieldType::Int64}};
 }
 
 QStringList readLines(const QString &path, bool *bom = nullptr)
@@ -415,6 +421,15 @@ void TstGridCore::filterTexts_data()
     row("check, True", "da_nu", "True", "1,4,5");
     row("check, fals", "da_nu", "fals", "0,2");
     row("check, unreadable", "da_nu", "poate", "", true);
+    // whole-number identifiers compare exactly, past 2^53 too
+    row("identifier", "doc_id", "=3000000001", "1");
+    row("identifier, bare", "doc_id", "3000000000", "0");
+    row("identifier above 2^53", "doc_id", "9007199254740993", "2");
+    row("identifier, not its neighbour", "doc_id", "<>9007199254740992", "0,1,2,5");
+    row("identifier, greater", "doc_id", ">9007199254740992", "2");
+    row("identifier, at most", "doc_id", "<=3000000001", "0,1,5");
+    row("identifier, thousands by a space", "doc_id", "3 000 000 001", "1");
+    row("identifier, a fraction", "doc_id", "<17,5", "5");
     // a column the data lacks lets nothing through, without an error
     row("missing field", "lipsa", "x", "");
 }
@@ -468,6 +483,8 @@ void TstGridCore::programConditions_data()
     row("check as text", "da_nu", QStringLiteral("False"), "0,2");
     row("check as a Romanian word", "da_nu", QStringLiteral("nu"), "0,2");
     row("check, null", "da_nu", null, "3");
+    row("identifier above 2^53", "doc_id", qint64(9007199254740993), "2");
+    row("identifier as text", "doc_id", QStringLiteral("3000000001"), "1");
     row("check, unreadable", "da_nu", QStringLiteral("poate"), "");
     row("missing field", "lipsa", QStringLiteral("x"), "");
     row("missing field, null", "lipsa", null, "");

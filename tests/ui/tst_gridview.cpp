@@ -107,6 +107,7 @@ private slots:
     void editingPostsWhenLeavingTheRow();
     void refreshKeepsTheLayout();
     void edgesScrollBarAndGroupCaption();
+    void numbersKeepClearOfTheNextColumn();
     void screenshot();
 };
 
@@ -616,8 +617,22 @@ void TstGridView::editingPostsWhenLeavingTheRow()
     typeText(f.view, QStringLiteral("n"));
     QVERIFY(f.view->isEditing());
     typeText(f.view->cellEditor(), QStringLiteral("ou"));
+    // A screen reader finds the new row in the table, and the editor as the
+    // focused text with its value, named by its column.
+    QAccessibleInterface *table = QAccessible::queryAccessibleInterface(f.view);
+    QCOMPARE(table->tableInterface()->rowCount(), 6);
+    QVERIFY(table->tableInterface()->isRowSelected(5));
+    QAccessibleInterface *edit = QAccessible::queryAccessibleInterface(f.view->cellEditor());
+    QCOMPARE(f.grid.focusWidget(), f.view->cellEditor());
+    QCOMPARE(edit->role(), QAccessible::EditableText);
+    QCOMPARE(edit->text(QAccessible::Name), QStringLiteral("explicatie"));
+    QCOMPARE(edit->text(QAccessible::Value), QStringLiteral("nou"));
+    QVERIFY(table->indexOfChild(edit) >= 0);
     QTest::keyClick(f.view->cellEditor(), Qt::Key_Return);
     QCOMPARE(f.view->accessibleCellText(5, f.m->columnIndex(QStringLiteral("explicatie"))), QStringLiteral("nou"));
+    const int explicatieVis = int(f.m->visibleColumns().indexOf(f.m->columnIndex(QStringLiteral("explicatie"))));
+    QCOMPARE(table->tableInterface()->cellAt(5, explicatieVis)->text(QAccessible::Name), QStringLiteral("nou"));
+    QVERIFY(table->indexOfChild(edit) < 0); // the editor is gone from the table
     // the row that had the focus keeps showing its own values
     QCOMPARE(f.view->accessibleCellText(2, f.m->columnIndex(QStringLiteral("explicatie"))), QStringLiteral("Taxă şcolară"));
     QTest::mouseClick(f.view->viewport(), Qt::LeftButton, {}, f.cellCenter(5, QStringLiteral("inactiv")));
@@ -719,13 +734,13 @@ void TstGridView::edgesScrollBarAndGroupCaption()
     f.m->setGroupByBoxVisible(false);
     check();
 
-    // Scrolled to the right end, the group rows keep their caption at the
-    // left edge of the rows.
+    // Scrolled to the right end, the group rows keep their [+] and caption at
+    // the left edge of the rows, and a click on the box still works.
     f.m->setFocusedRow(1);
     QVERIFY(hb->maximum() > 150);
     hb->setValue(hb->maximum());
     const QRect cap = f.view->groupCaptionRect(0);
-    QCOMPARE(cap.left(), f.view->indicatorWidth() + 2);
+    QCOMPARE(cap.left(), f.view->indicatorWidth() + 18 + 2);
     QVERIFY(cap.right() >= f.view->viewport()->width() - 1);
     QVERIFY(f.view->groupCaptionRect(1).isNull()); // a data row
     QImage img(f.view->viewport()->size(), QImage::Format_RGB32);
@@ -736,9 +751,57 @@ void TstGridView::edgesScrollBarAndGroupCaption()
         for (int x = cap.left(); x < cap.left() + 60; ++x)
             ink += QColor(img.pixel(x, y)) != groupBg;
     QVERIFY2(ink > 20, qPrintable(QString::number(ink)));
+    const QPoint box(f.view->indicatorWidth() + 9, row.center().y());
+    QCOMPARE(QColor(img.pixel(box.x() - 3, box.y() - 3)), QColor(Qt::white)); // the box's inside
+    QVERIFY(f.view->hitTest(box).expandButton);
+    QVERIFY(f.m->isExpanded(0));
+    QTest::mouseClick(f.view->viewport(), Qt::LeftButton, {}, box);
+    QTRY_VERIFY(!f.m->isExpanded(0));
+    QTest::mouseClick(f.view->viewport(), Qt::LeftButton, {}, box);
+    QTRY_VERIFY(f.m->isExpanded(0));
     // Unscrolled, it sits after the [+] as before.
     hb->setValue(0);
     QCOMPARE(f.view->groupCaptionRect(0).left(), f.view->indicatorWidth() + 18 + 2);
+}
+
+void TstGridView::numbersKeepClearOfTheNextColumn()
+{
+    // A right-aligned amount followed by a left-aligned text, both at the
+    // width "Latime optima" gives them.
+    Fixture f;
+    GridStyleSheet sheet;
+    sheet.set(GridElement::Content, {Qt::white, {}, Qt::black});
+    f.view->setGridStyleSheet(sheet);
+    f.m->moveColumn(f.m->columnIndex(QStringLiteral("valoare")), 0);
+    const int valoare = f.m->columnIndex(QStringLiteral("valoare"));
+    const int cont = f.m->columnIndex(QStringLiteral("cont"));
+    f.view->bestFit(valoare);
+    f.view->bestFit(cont);
+    QImage img(f.view->viewport()->size(), QImage::Format_RGB32);
+    f.view->viewport()->render(&img);
+    const qsizetype row = 4; // 1000 followed by 4111
+    QCOMPARE(f.cellAt(row, QStringLiteral("valoare")), QStringLiteral("1000"));
+    const QRect num = f.view->cellRect(row, valoare), txt = f.view->cellRect(row, cont);
+    auto ink = [&](int x) {
+        for (int y = num.top() + 2; y < num.bottom() - 1; ++y)
+            if (qGray(img.pixel(x, y)) < 128)
+                return true;
+        return false;
+    };
+    int lastDigit = -1, firstLetter = -1;
+    for (int x = num.left(); x < num.right() - 1; ++x) // the grid line excluded
+        if (ink(x))
+            lastDigit = x;
+    for (int x = txt.left() + 1; x < txt.right() && firstLetter < 0; ++x)
+        if (ink(x))
+            firstLetter = x;
+    QVERIFY(lastDigit > num.left() && firstLetter > txt.left());
+    QVERIFY2(firstLetter - lastDigit > 2 * GridTableView::kCellPadding,
+             qPrintable(QStringLiteral("%1 pixels between 1000 and 4111").arg(firstLetter - lastDigit)));
+    // The best fit leaves the whole amount readable, not cut short.
+    const QFontMetrics fm(*f.view->resolvedStyle(GridElement::Content).font);
+    QVERIFY(num.width() >= fm.horizontalAdvance(QStringLiteral("1000")) + 2 * GridTableView::kCellPadding);
+    QVERIFY(lastDigit - num.left() >= fm.horizontalAdvance(QStringLiteral("1000")) - 1);
 }
 
 void TstGridView::screenshot()
@@ -776,6 +839,12 @@ void TstGridView::screenshot()
     f.view->setFocus();
     QDir().mkpath(dir);
     QVERIFY(f.grid.grab().save(dir + QStringLiteral("/grid_grouped.png")));
+    // The same grid without the keyboard focus, then scrolled sideways.
+    f.view->clearFocus();
+    QVERIFY(f.grid.grab().save(dir + QStringLiteral("/grid_grouped_unfocused.png")));
+    f.grid.resize(320, 300);
+    f.view->horizontalScrollBar()->setValue(f.view->horizontalScrollBar()->maximum());
+    QVERIFY(f.grid.grab().save(dir + QStringLiteral("/grid_grouped_scrolled.png")));
 }
 
 QTEST_MAIN(TstGridView)

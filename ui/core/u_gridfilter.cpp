@@ -61,6 +61,29 @@ bool nearlyEqual(double a, double b)
     return std::abs(a - b) <= 1e-9 * std::max(1.0, std::abs(b));
 }
 
+bool isIntegerType(db::FieldType t) { return t == db::FieldType::Int32 || t == db::FieldType::Int64; }
+
+// The operand of a number column: exact where the column holds integers and
+// the text is a whole number (3000000001 is not 3000000000, nor is a value
+// above 2^53 its neighbour); through floating point otherwise.
+bool parseOperand(const QString &text, db::FieldType t, const QLocale &loc, CompiledFilter &f)
+{
+    if (isIntegerType(t)) {
+        QString s = text;
+        s.remove(QLatin1Char(' '));
+        s.remove(loc.groupSeparator());
+        bool ok = false;
+        const qint64 v = s.toLongLong(&ok);
+        if (ok) {
+            f.exact = true;
+            f.integer = v;
+            f.number = double(v);
+            return true;
+        }
+    }
+    return parseNumber(text, loc, f.number);
+}
+
 } // namespace
 
 bool parseNumber(QString s, const QLocale &loc, double &out)
@@ -148,7 +171,7 @@ void GridModel::Impl::compileFilter(ColState &cs)
         }
         bool ok;
         if (cs.kind == ColumnKind::Number) {
-            ok = parseNumber(s, locale, f.number);
+            ok = parseOperand(s, cs.type, locale, f);
         } else {
             QDate day;
             ok = parseDate(s, day);
@@ -194,10 +217,16 @@ CompiledFilter GridModel::Impl::compileCondition(const FilterCondition &fc) cons
     }
     case ColumnKind::Number: {
         bool ok = false;
-        if (v.typeId() == QMetaType::QString)
-            ok = parseNumber(v.toString(), locale, f.number);
-        else
+        if (v.typeId() == QMetaType::QString) {
+            ok = parseOperand(v.toString(), t, locale, f);
+        } else if (isIntegerType(t) && (v.typeId() == QMetaType::LongLong || v.typeId() == QMetaType::Int
+                                        || v.typeId() == QMetaType::UInt)) {
+            f.integer = v.toLongLong(&ok);
+            f.exact = ok;
+            f.number = double(f.integer);
+        } else {
             f.number = v.toDouble(&ok);
+        }
         if (ok)
             f.op = FilterOp::Eq;
         break;
@@ -279,6 +308,11 @@ void GridModel::Impl::applyFilter(const CompiledFilter &f, quint8 *ps, qsizetype
         return;
     }
     case ColumnKind::Number: {
+        if (f.exact) {
+            for (qsizetype r = 0; r < rows; ++r)
+                ps[r] &= quint8(!c.isNull(r) && compareOp(f.op, c.asInt64(r), f.integer));
+            return;
+        }
         const bool eq = f.op == FilterOp::Eq || f.op == FilterOp::Ne;
         for (qsizetype r = 0; r < rows; ++r) {
             if (!ps[r])

@@ -80,6 +80,8 @@ struct CompiledFilter {
     ColumnKind kind = ColumnKind::Missing;
     QByteArray needle;      // folded UTF-8 (text)
     double number = 0;      // number operand
+    bool exact = false;     // an integer column and a whole operand: compared as integers
+    qint64 integer = 0;     // that operand
     qint64 day = 0;         // date operand (Julian day)
     qint64 ms = 0;          // date-time operand of At (wall-clock milliseconds)
 };
