@@ -46,7 +46,10 @@ GridTableView::GridTableView(QWidget *parent) : QAbstractScrollArea(parent), m_m
     m_filterRow = new GridFilterRow(this);
     m_footer = new GridFooter(this);
 
-    m_editor = new QLineEdit(viewport());
+    // A child of the view (the accessible table), not of its viewport, so a
+    // screen reader finds the focused editor inside the table it edits;
+    // placeEditor keeps it over its cell.
+    m_editor = new QLineEdit(this);
     m_editor->setObjectName(QStringLiteral("cellEditor"));
     m_editor->setFrame(false);
     // The text stays where the cell showed it (the line edit keeps 2 pixels of its own).
@@ -402,10 +405,8 @@ void GridTableView::updateGeometries()
     placeVerticalScrollBar();
     updateScrollBars();
     m_filterRow->layoutEditors();
-    if (isEditing()) {
-        const QRect r = cellRect(m_editRow, m_editColumn);
-        m_editor->setGeometry(r.adjusted(0, 0, -1, -1));
-    }
+    if (isEditing())
+        placeEditor();
     m_groupBox->update();
     m_header->update();
     m_footer->update();
@@ -483,7 +484,7 @@ void GridTableView::scrollContentsBy(int dx, int)
         m_filterRow->layoutEditors();
     }
     if (isEditing())
-        m_editor->setGeometry(cellRect(m_editRow, m_editColumn).adjusted(0, 0, -1, -1));
+        placeEditor();
     viewport()->update();
 }
 
@@ -952,6 +953,15 @@ bool GridTableView::incrementalSearch(const QString &text)
 
 bool GridTableView::isEditing() const { return m_editRow >= 0; }
 
+void GridTableView::placeEditor()
+{
+    // Over the cell, in the view's coordinates, never over the strips or
+    // the scroll bars beside the rows.
+    const QRect vp = viewport()->geometry();
+    const QRect cell = cellRect(m_editRow, m_editColumn).adjusted(0, 0, -1, -1).translated(vp.topLeft());
+    m_editor->setGeometry(cell.intersected(vp));
+}
+
 bool GridTableView::startEdit(const QString &initialText)
 {
     const qsizetype row = currentRow();
@@ -965,8 +975,9 @@ bool GridTableView::startEdit(const QString &initialText)
     m_editor->setFont(*resolvedStyle(GridElement::Content).font);
     m_editor->setText(initialText.isEmpty() ? editValueText(row, col) : initialText);
     m_editor->setAccessibleName(m_model->column(col).headerText());
-    m_editor->setGeometry(cellRect(row, col).adjusted(0, 0, -1, -1));
+    placeEditor();
     m_editor->show();
+    m_editor->raise();
     m_editor->setFocus();
     if (initialText.isEmpty())
         m_editor->selectAll();

@@ -91,6 +91,8 @@ public:
     // Where a group row's caption is drawn: after its [+], kept at the left
     // edge of the rows when scrolled to the right. Empty for other rows.
     QRect groupCaptionRect(qsizetype displayRow) const;
+    // The in-place editor over its cell.
+    void placeEditor();
     // The left edge of a group row's [+]/[-] cell.
     int groupBoxX(qsizetype displayRow) const;
     void scrollToRow(qsizetype displayRow);

@@ -32,8 +32,27 @@ def imports(binary):
     return re.findall(r"DLL Name: (\S+)", out)
 
 
+# Windows' own DLLs, which the programs and their DLLs import and Windows
+# provides; an import that is neither one of these nor found in the build
+# stops the deployment rather than ship a folder that cannot start.
+SYSTEM = {
+    "advapi32.dll", "comdlg32.dll", "crypt32.dll", "d3d11.dll", "d3d12.dll", "d3d9.dll", "dwmapi.dll",
+    "dwrite.dll", "dxgi.dll", "gdi32.dll", "imm32.dll", "kernel32.dll", "msvcrt.dll", "netapi32.dll",
+    "ole32.dll", "oleaut32.dll", "opengl32.dll", "secur32.dll", "setupapi.dll", "shell32.dll", "shlwapi.dll",
+    "user32.dll", "userenv.dll", "uxtheme.dll", "version.dll", "winmm.dll", "winspool.drv", "ws2_32.dll",
+    "wtsapi32.dll", "mpr.dll", "authz.dll", "bcrypt.dll", "d2d1.dll", "dcomp.dll", "shcore.dll",
+}
+
+
+def runtime_dir(name):
+    """The folder of the compiler's own runtime DLL `name`."""
+    out = subprocess.run([f"{TRIPLE}-g++-posix", f"-print-file-name={name}"], check=True,
+                         capture_output=True, text=True).stdout.strip()
+    return Path(out).parent if os.path.isabs(out) else None
+
+
 def search_dirs(qt, libs):
-    gcc = sorted(Path(f"/usr/lib/gcc/{TRIPLE}").glob("*-posix"))
+    gcc = [d for d in (runtime_dir("libstdc++-6.dll"), runtime_dir("libgcc_s_seh-1.dll")) if d]
     return [qt / "bin", libs / "bin", *gcc, Path(f"/usr/{TRIPLE}/lib"), Path(f"/usr/{TRIPLE}/bin")]
 
 
@@ -56,7 +75,9 @@ def gather(binaries, dirs):
                 continue
             path = find_dll(name, dirs)
             if path is None:
-                continue  # a system DLL (kernel32, user32, ws2_32, ...)
+                if key in SYSTEM or key.startswith("api-ms-win-"):
+                    continue
+                sys.exit(f"deploy: {name} is imported, but it is neither built here nor one of Windows' own DLLs")
             found[key] = path
             todo.append(path)
     return sorted(found.values(), key=lambda p: p.name.lower())
@@ -94,7 +115,8 @@ def nsis_lists(folder, out):
     """The installer's own lists: what it writes and, in reverse, what its
     uninstaller removes (those files, then the folders once empty)."""
     files = sorted(p.relative_to(folder) for p in folder.rglob("*") if p.is_file())
-    dirs = sorted({p.parent for p in files if str(p.parent) != "."}, key=lambda d: -len(d.parts))
+    # Every folder under the installation's, deepest first.
+    dirs = sorted({a for p in files for a in p.parents if str(a) != "."}, key=lambda d: -len(d.parts))
     win = lambda p: str(p).replace("/", "\\")
     with open(out / "install-files.nsh", "w") as f:
         for d in [Path(".")] + sorted({p.parent for p in files if str(p.parent) != "."}):

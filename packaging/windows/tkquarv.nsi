@@ -30,7 +30,6 @@ VIAddVersionKey /LANG=0 "LegalCopyright" "${PRODUCT}"
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
 !define MUI_ABORTWARNING
-!define MUI_FINISHPAGE_RUN "$INSTDIR\tkQuarv.exe"
 
 !insertmacro MUI_PAGE_WELCOME
 !insertmacro MUI_PAGE_DIRECTORY
@@ -73,6 +72,26 @@ fresh:
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoRepair" 1
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" ${SIZE_KB}
 SectionEnd
+
+; The folder must be new, empty or an earlier installation's: the
+; uninstaller removes the files it installed, and a shared folder may hold
+; another program's files of the same names.
+Function .onVerifyInstDir
+  IfFileExists "$INSTDIR\uninstall.exe" verified
+  FindFirst $0 $1 "$INSTDIR\*"
+entry:
+  StrCmp $1 "" empty
+  StrCmp $1 "." next
+  StrCmp $1 ".." next
+  FindClose $0
+  Abort
+next:
+  FindNext $0 $1
+  Goto entry
+empty:
+  FindClose $0
+verified:
+FunctionEnd
 
 Function un.onInit
   SetShellVarContext all

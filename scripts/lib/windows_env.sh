@@ -8,10 +8,14 @@ WIN_LIBS_RECIPE=1
 
 # A private apt configuration: its own source list, with a deb-src entry for
 # each deb entry of the machine's Debian sources, and its own lists and cache,
-# so the machine's apt state stays as it is.
-win_apt_opts() {
-  echo "-o Dir::Etc::sourcelist=$cache/apt/sources.list -o Dir::Etc::sourceparts=- \
--o Dir::State::Lists=$cache/apt/lists -o Dir::Cache=$cache/apt/cache -o APT::Sandbox::User=root"
+# so the machine's apt state stays as it is. win_apt TOOL ARGS... runs
+# apt-get or apt-cache with it.
+win_apt() {
+  local tool=$1
+  shift
+  "$tool" -o "Dir::Etc::sourcelist=$cache/apt/sources.list" -o Dir::Etc::sourceparts=- \
+    -o "Dir::State::Lists=$cache/apt/lists" -o "Dir::Cache=$cache/apt/cache" \
+    -o APT::Sandbox::User=root "$@"
 }
 
 win_apt_init() {
@@ -44,14 +48,12 @@ if not lines:
     sys.exit("no Debian package source found in /etc/apt")
 open(sys.argv[1], "w").write("\n".join(dict.fromkeys(lines)) + "\n")
 PY
-  # shellcheck disable=SC2046
-  apt-get $(win_apt_opts) update -qq
+  win_apt apt-get update -qq
 }
 
 # The versions of source package $1 that the archive lists, newest first.
 win_src_versions() {
-  # shellcheck disable=SC2046
-  apt-cache $(win_apt_opts) showsrc "$1" 2>/dev/null | awk '/^Version:/ { print $2 }' | sort -Vru
+  win_apt apt-cache showsrc "$1" 2>/dev/null | awk '/^Version:/ { print $2 }' | sort -Vru
 }
 
 # Source package $1 version $2, fetched and unpacked (Debian's patches
@@ -66,8 +68,7 @@ win_src_unpack() {
   local pkg=$1 ver=$2 dir=$cache/src/${1}_$2
   if [ ! -f "$dir/.complete" ]; then
     rm -rf "$dir" && mkdir -p "$dir"
-    # shellcheck disable=SC2046
-    (cd "$dir" && apt-get $(win_apt_opts) source -qq "$pkg=$ver" >/dev/null 2>&1) || { rm -rf "$dir"; return 1; }
+    (cd "$dir" && win_apt apt-get source -qq "$pkg=$ver" >/dev/null 2>&1) || { rm -rf "$dir"; return 1; }
     touch "$dir/.complete"
   fi
 }

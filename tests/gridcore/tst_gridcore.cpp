@@ -430,6 +430,8 @@ void TstGridCore::filterTexts_data()
     row("identifier, at most", "doc_id", "<=3000000001", "0,1,5");
     row("identifier, thousands by a space", "doc_id", "3 000 000 001", "1");
     row("identifier, a fraction", "doc_id", "<17,5", "5");
+    row("identifier, a fraction with a point", "doc_id", ">16.5", "0,1,2,3,5");
+    row("identifier, Romanian thousands", "doc_id", "<=3.000.000.000", "0,5");
     // a column the data lacks lets nothing through, without an error
     row("missing field", "lipsa", "x", "");
 }

@@ -628,6 +628,12 @@ void TstGridView::editingPostsWhenLeavingTheRow()
     QCOMPARE(edit->text(QAccessible::Name), QStringLiteral("explicatie"));
     QCOMPARE(edit->text(QAccessible::Value), QStringLiteral("nou"));
     QVERIFY(table->indexOfChild(edit) >= 0);
+    QCOMPARE(edit->parent()->object(), f.view);
+    QCOMPARE(table->child(table->indexOfChild(edit))->object(), f.view->cellEditor());
+    // over its cell
+    const QRect cell = f.view->cellRect(5, f.m->columnIndex(QStringLiteral("explicatie")))
+                           .translated(f.view->viewport()->geometry().topLeft());
+    QCOMPARE(f.view->cellEditor()->geometry(), cell.adjusted(0, 0, -1, -1));
     QTest::keyClick(f.view->cellEditor(), Qt::Key_Return);
     QCOMPARE(f.view->accessibleCellText(5, f.m->columnIndex(QStringLiteral("explicatie"))), QStringLiteral("nou"));
     const int explicatieVis = int(f.m->visibleColumns().indexOf(f.m->columnIndex(QStringLiteral("explicatie"))));

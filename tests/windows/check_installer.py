@@ -15,6 +15,7 @@ Each failure names its step; the exit code is non-zero when any failed."""
 import argparse
 import os
 import re
+import select
 import shutil
 import subprocess
 import sys
@@ -92,7 +93,8 @@ def start_xvfb():
                             pass_fds=(w_fd,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     os.close(w_fd)
     with os.fdopen(r_fd) as f:
-        number = f.readline().strip()
+        ready, _, _ = select.select([f], [], [], 30)
+        number = f.readline().strip() if ready else ""
     if not number:
         proc.kill()
         raise RuntimeError("Xvfb did not start")
@@ -220,6 +222,14 @@ def main():
         shortcuts = [p for p in (wine.prefix / "drive_c").rglob("tkQuarv.lnk")]
         check(any("Desktop" in str(p) for p in shortcuts) and any("Start Menu" in str(p) for p in shortcuts),
               "a desktop shortcut and a Start-menu entry", "\n".join(map(str, shortcuts)))
+        # Installed again over itself: the earlier installation's uninstaller
+        # clears the way and the same files are back.
+        before = sorted(str(p.relative_to(installed)) for p in installed.rglob("*"))
+        r = wine.run(setup, "/S", timeout=600)
+        wine.wait()
+        after = sorted(str(p.relative_to(installed)) for p in installed.rglob("*")) if installed.exists() else []
+        check(r.returncode == 0 and after == before, "installed again over itself, the same files",
+              "\n".join(sorted(set(before) ^ set(after))))
 
         exporter = INSTALL_DIR + "\\tkquarv-export.exe"
         r = wine.run(exporter, "--list-reports", timeout=120)
@@ -307,16 +317,19 @@ def main():
         check(not installed.exists(), "the silent uninstaller leaves no file of the program behind", "\n".join(left))
         check(not [p for p in (wine.prefix / "drive_c").rglob("tkQuarv.lnk")], "and no shortcut")
         r = wine.run("reg", "query", UNINSTALL_KEY, timeout=120)
-        check(r.returncode != 0, "and no uninstall entry", r.stdout)
+        parent = wine.run("reg", "query", UNINSTALL_KEY.rsplit("\\", 1)[0], timeout=120)
+        check(r.returncode != 0 and parent.returncode == 0, "and no uninstall entry", r.stdout + parent.stderr)
         docs = wine.documents()
         check(docs is not None and (docs / "conectareQUARV.xml").is_file(), "the user's Documents are kept")
     except subprocess.TimeoutExpired as e:
         check(False, "a step finished in time", f"{e.cmd} ran over {e.timeout} s")
     finally:
-        wine.kill()
-        if (pgdir / "port").is_file():
-            run([pgtestctl, "stop", pgdir], timeout=120)
-        xvfb.kill()
+        for cleanup in (wine.kill, lambda: (pgdir / "port").is_file() and run([pgtestctl, "stop", pgdir], timeout=120),
+                        xvfb.kill):
+            try:
+                cleanup()
+            except (OSError, subprocess.SubprocessError) as e:
+                print(f"windows check: cleaning up: {e}")
         if not failures:
             shutil.rmtree(tmp, ignore_errors=True)
         else:

@@ -71,9 +71,13 @@ bool parseOperand(const QString &text, db::FieldType t, const QLocale &loc, Comp
     if (isIntegerType(t)) {
         QString s = text;
         s.remove(QLatin1Char(' '));
-        s.remove(loc.groupSeparator());
+        // The locale checks where its group separators stand ("1.234" in
+        // Romanian); "17.5" is no whole number in either and is compared
+        // through floating point below.
         bool ok = false;
-        const qint64 v = s.toLongLong(&ok);
+        qint64 v = loc.toLongLong(s, &ok);
+        if (!ok)
+            v = QLocale::c().toLongLong(s, &ok);
         if (ok) {
             f.exact = true;
             f.integer = v;
