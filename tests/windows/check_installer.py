@@ -30,12 +30,13 @@ INSTALL_DIR = r"C:\Program Files\tkQuarv"
 PASSWORD = "demo"
 
 failures = []
+passed = []
 
 
 def check(ok, what, detail=""):
     print(("ok    " if ok else "FAIL  ") + what, flush=True)
+    (passed if ok else failures).append(what)
     if not ok:
-        failures.append(what)
         if detail:
             print("      " + str(detail).rstrip().replace("\n", "\n      "), flush=True)
     return ok
@@ -336,10 +337,9 @@ def main():
             print(f"windows check: what it left is in {tmp}")
 
     if failures:
-        print(f"windows check: {len(failures)} failed: " + "; ".join(failures))
-        return 1
-    print("windows check: all passed")
-    return 0
+        print("windows check: failed: " + "; ".join(failures))
+    print(f"windows: {len(passed)} passed, {len(failures)} failed")
+    return 1 if failures else 0
 
 
 if __name__ == "__main__":
