@@ -86,6 +86,11 @@ bool isNumeric(FieldType t)
     return t == FieldType::Float || t == FieldType::Int32 || t == FieldType::Int64;
 }
 
+bool isInteger(FieldType t)
+{
+    return t == FieldType::Int32 || t == FieldType::Int64;
+}
+
 bool isTextual(FieldType t)
 {
     return t == FieldType::String || t == FieldType::Text;

@@ -44,6 +44,7 @@ inline qint64 julianDayOfMs(qint64 ms) noexcept
 qint64 wallClockMs(const QDateTime &dt);
 QDateTime wallClockOf(qint64 ms);
 bool isNumeric(FieldType t);
+bool isInteger(FieldType t); // Int32 or Int64
 bool isTextual(FieldType t); // String or Text
 
 struct FieldDef {

@@ -185,19 +185,16 @@ CellStyle GridTableView::resolvedStyle(GridElement e) const
         const CellStyle c = m_sheet.style(GridElement::Content);
         if (!s.font)
             s.font = c.font;
-        if (!s.textColor && (e == GridElement::ContentEven || e == GridElement::ContentOdd))
-            s.textColor = c.textColor;
-        // Group rows and footers are written in the data rows' text colour
-        // (the even and odd rows' where the sheet has them); a selection too
-        // when it has a background of its own. Only a selection drawn in the
-        // system's highlight takes the highlight's text colour.
+        const bool evenOdd = e == GridElement::ContentEven || e == GridElement::ContentOdd;
+        // Group rows and footers are written in the data rows' text colour,
+        // a selection too when it has a background of its own. Only a
+        // selection drawn in the system's highlight takes the highlight's.
         const bool systemHighlight = (e == GridElement::Selection || e == GridElement::Inactive) && !s.color;
-        if (!s.textColor && !systemHighlight && e != GridElement::ContentEven && e != GridElement::ContentOdd)
-            s.textColor = resolvedStyle(m_sheet.has(GridElement::ContentEven) || m_sheet.has(GridElement::ContentOdd)
-                                            ? GridElement::ContentEven
-                                            : GridElement::Content)
-                              .textColor;
-        if (!s.color && (e == GridElement::ContentEven || e == GridElement::ContentOdd))
+        if (!s.textColor && evenOdd)
+            s.textColor = c.textColor;
+        else if (!s.textColor && !systemHighlight)
+            s.textColor = dataRowStyle(0).textColor;
+        if (!s.color && evenOdd)
             s.color = c.color;
     }
     if (!s.font)
@@ -244,6 +241,13 @@ CellStyle GridTableView::resolvedStyle(GridElement e) const
                                                                                   : pal.color(QPalette::Text);
     m_styleCache.insert(int(e), s);
     return s;
+}
+
+CellStyle GridTableView::dataRowStyle(qsizetype row) const
+{
+    if (!m_sheet.has(GridElement::ContentEven) && !m_sheet.has(GridElement::ContentOdd))
+        return resolvedStyle(GridElement::Content);
+    return resolvedStyle((row % 2) ? GridElement::ContentOdd : GridElement::ContentEven);
 }
 
 CellStyle GridTableView::focusedRowStyle(const CellStyle &ordinary) const
@@ -621,9 +625,7 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
     const int contentRight = firstColumnX() + m_totalWidth;
 
     if (kind == RowKind::Data) {
-        CellStyle st = resolvedStyle((row % 2) ? GridElement::ContentOdd : GridElement::ContentEven);
-        if (!m_sheet.has(GridElement::ContentEven) && !m_sheet.has(GridElement::ContentOdd))
-            st = resolvedStyle(GridElement::Content);
+        const CellStyle st = dataRowStyle(row);
         const CellStyle selSt = focusedRowStyle(st);
         p.setFont(*st.font);
         for (int i = 0; i < m_visible.size(); ++i) {

@@ -72,6 +72,8 @@ public:
     // next column.
     static constexpr int kCellPadding = 6;
     CellStyle resolvedStyle(GridElement e) const;
+    // A data row's look: the even or odd rows' where the sheet has them.
+    CellStyle dataRowStyle(qsizetype row) const;
     // The focused row's look over a row otherwise drawn in `ordinary`.
     CellStyle focusedRowStyle(const CellStyle &ordinary) const;
 

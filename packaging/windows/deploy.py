@@ -111,33 +111,36 @@ def deploy(args):
     return folder
 
 
-def nsis_lists(folder, out):
+def files_of(folder):
+    """The deployed files, relative to the folder, in a stable order."""
+    return sorted(p.relative_to(folder) for p in folder.rglob("*") if p.is_file())
+
+
+def nsis_lists(folder, files, out):
     """The installer's own lists: what it writes and, in reverse, what its
     uninstaller removes (those files, then the folders once empty)."""
-    files = sorted(p.relative_to(folder) for p in folder.rglob("*") if p.is_file())
-    # Every folder under the installation's, deepest first.
-    dirs = sorted({a for p in files for a in p.parents if str(a) != "."}, key=lambda d: -len(d.parts))
-    win = lambda p: str(p).replace("/", "\\")
+    win = lambda p: "$INSTDIR" if str(p) == "." else "$INSTDIR\\" + str(p).replace("/", "\\")
     with open(out / "install-files.nsh", "w") as f:
-        for d in [Path(".")] + sorted({p.parent for p in files if str(p.parent) != "."}):
-            f.write(f'SetOutPath "$INSTDIR\\{win(d)}"\n' if str(d) != "." else 'SetOutPath "$INSTDIR"\n')
+        for d in sorted({p.parent for p in files}):
+            f.write(f'SetOutPath "{win(d)}"\n')
             for p in files:
                 if p.parent == d:
                     f.write(f'File "/oname={p.name}" "{folder / p}"\n')
         f.write('SetOutPath "$INSTDIR"\n')
+    # Every folder under the installation's, deepest first.
+    dirs = sorted({a for p in files for a in p.parents if str(a) != "."}, key=lambda d: (-len(d.parts), str(d)))
     with open(out / "uninstall-files.nsh", "w") as f:
         for p in files:
-            f.write(f'Delete "$INSTDIR\\{win(p)}"\n')
+            f.write(f'Delete "{win(p)}"\n')
         for d in dirs:
-            f.write(f'RMDir "$INSTDIR\\{win(d)}"\n')
-    return sum(p.stat().st_size for p in folder.rglob("*") if p.is_file())
+            f.write(f'RMDir "{win(d)}"\n')
 
 
-def installer(args, folder):
+def installer(args, folder, files, size):
     build = Path(args.build)
     nsis = build / "nsis"
     nsis.mkdir(exist_ok=True)
-    size = nsis_lists(folder, nsis)
+    nsis_lists(folder, files, nsis)
     out = build / f"tkQuarv-setup-{args.version}.exe"
     script = Path(args.source) / "packaging" / "windows" / "tkquarv.nsi"
     r = subprocess.run(["makensis", "-V2", "-NOCD",
@@ -149,13 +152,12 @@ def installer(args, folder):
     return out
 
 
-def archive(args, folder):
+def archive(args, folder, files):
     out = Path(args.build) / f"tkQuarv-{args.version}-win64.zip"
     tmp = out.with_suffix(".zip.part")
     with zipfile.ZipFile(tmp, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as z:
-        for p in sorted(folder.rglob("*")):
-            if p.is_file():
-                z.write(p, Path("tkQuarv") / p.relative_to(folder))
+        for p in files:
+            z.write(folder / p, Path("tkQuarv") / p)
     os.replace(tmp, out)
     return out
 
@@ -169,10 +171,11 @@ def main():
     ap.add_argument("--source", required=True)
     args = ap.parse_args()
     folder = deploy(args)
-    setup = installer(args, folder)
-    zipped = archive(args, folder)
-    size = sum(p.stat().st_size for p in folder.rglob("*") if p.is_file())
-    print(f"windows: {folder} ({size / 1e6:.1f} MB in {sum(1 for p in folder.rglob('*') if p.is_file())} files)")
+    files = files_of(folder)
+    size = sum((folder / p).stat().st_size for p in files)
+    setup = installer(args, folder, files, size)
+    zipped = archive(args, folder, files)
+    print(f"windows: {folder} ({size / 1e6:.1f} MB in {len(files)} files)")
     print(f"windows: {setup} ({setup.stat().st_size / 1e6:.1f} MB)")
     print(f"windows: {zipped} ({zipped.stat().st_size / 1e6:.1f} MB)")
 

@@ -93,10 +93,10 @@ win_project_version() {
   sed -n 's/^project(tkQuarv VERSION \([0-9.]*\).*/\1/p' "$1/CMakeLists.txt"
 }
 
-# The cached libraries of the last scripts/windows, if complete.
-win_cache_ready() {
+# The libraries of the last scripts/windows into qt_prefix and libs_prefix;
+# fails when they are not there or not complete.
+win_cached() {
   [ -f "$cache/current" ] || return 1
-  local q l
-  { read -r q; read -r l; } < "$cache/current"
-  [ -f "$q/.complete" ] && [ -f "$l/.complete" ]
+  { read -r qt_prefix; read -r libs_prefix; } < "$cache/current"
+  [ -f "$qt_prefix/.complete" ] && [ -f "$libs_prefix/.complete" ]
 }

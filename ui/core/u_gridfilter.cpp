@@ -61,14 +61,19 @@ bool nearlyEqual(double a, double b)
     return std::abs(a - b) <= 1e-9 * std::max(1.0, std::abs(b));
 }
 
-bool isIntegerType(db::FieldType t) { return t == db::FieldType::Int32 || t == db::FieldType::Int64; }
+void setExact(CompiledFilter &f, qint64 v)
+{
+    f.exact = true;
+    f.integer = v;
+    f.number = double(v);
+}
 
 // The operand of a number column: exact where the column holds integers and
 // the text is a whole number (3000000001 is not 3000000000, nor is a value
 // above 2^53 its neighbour); through floating point otherwise.
 bool parseOperand(const QString &text, db::FieldType t, const QLocale &loc, CompiledFilter &f)
 {
-    if (isIntegerType(t)) {
+    if (db::isInteger(t)) {
         QString s = text;
         s.remove(QLatin1Char(' '));
         // The locale checks where its group separators stand ("1.234" in
@@ -79,9 +84,7 @@ bool parseOperand(const QString &text, db::FieldType t, const QLocale &loc, Comp
         if (!ok)
             v = QLocale::c().toLongLong(s, &ok);
         if (ok) {
-            f.exact = true;
-            f.integer = v;
-            f.number = double(v);
+            setExact(f, v);
             return true;
         }
     }
@@ -223,11 +226,10 @@ CompiledFilter GridModel::Impl::compileCondition(const FilterCondition &fc) cons
         bool ok = false;
         if (v.typeId() == QMetaType::QString) {
             ok = parseOperand(v.toString(), t, locale, f);
-        } else if (isIntegerType(t) && (v.typeId() == QMetaType::LongLong || v.typeId() == QMetaType::Int
+        } else if (db::isInteger(t) && (v.typeId() == QMetaType::LongLong || v.typeId() == QMetaType::Int
                                         || v.typeId() == QMetaType::UInt)) {
-            f.integer = v.toLongLong(&ok);
-            f.exact = ok;
-            f.number = double(f.integer);
+            ok = true;
+            setExact(f, v.toLongLong());
         } else {
             f.number = v.toDouble(&ok);
         }
