@@ -1,5 +1,8 @@
 #include "db/u_connection.h"
 
+#include "db/u_busy.h"
+
+#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QThread>
 #include <QTimeZone>
@@ -7,7 +10,11 @@
 #include <libpq-fe.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cerrno>
+#include <memory>
+#include <thread>
 
 #ifdef _WIN32
 #include <winsock2.h>
@@ -53,6 +60,11 @@ bool readableDetail(const QString &detail)
 }
 
 // Waits until the socket has something to read: 1 ready, 0 timed out, -1 failed.
+// A watched wait serves its watcher at least this often (ms).
+constexpr int kWatchedSlice = 20;
+// How long a stopped statement may take to end before its link is dropped (ms).
+constexpr int kCancelWait = 700;
+
 int waitReadable(int socket, int ms)
 {
 #ifdef _WIN32
@@ -319,19 +331,41 @@ void Connection::send(const QByteArray &sql, const std::vector<pg::Param> &param
 bool Connection::serverAnswers() const
 {
     // Anything the server says (even a refusal) means it is alive.
-    const Params p = connectParams(contactTimeout());
-    return PQpingParams(p.keys.data(), p.values.data(), 0) != PQPING_NO_RESPONSE;
+    auto p = std::make_shared<const Params>(connectParams(contactTimeout()));
+    if (!busy::watched())
+        return PQpingParams(p->keys.data(), p->values.data(), 0) != PQPING_NO_RESPONSE;
+    // Watched, the contact (seconds on a dead link) goes on a thread of its
+    // own that owns what it uses, so the watcher is served and a stop asked
+    // meanwhile ends the wait at once.
+    auto answer = std::make_shared<std::atomic<int>>(0); // 1 alive, -1 silent
+    std::thread([p, answer] {
+        answer->store(PQpingParams(p->keys.data(), p->values.data(), 0) != PQPING_NO_RESPONSE ? 1 : -1);
+    }).detach();
+    while (answer->load() == 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        busy::tick();
+    }
+    return answer->load() == 1;
 }
 
 bool Connection::waitForServer()
 {
     const int silence = (m_deadPeerTimeout - contactTimeout()) * 1000;
+    // Watched work waits in short slices, the watcher called between them.
+    const int slice = busy::watched() ? kWatchedSlice : silence;
+    QElapsedTimer quiet;
+    quiet.start();
     for (;;) {
-        const int r = waitReadable(PQsocket(m_conn.get()), silence);
+        const int r = waitReadable(PQsocket(m_conn.get()), int(std::min<qint64>(slice, silence - quiet.elapsed())));
         if (r != 0)
             return true; // data, or a broken socket the client library will report
+        if (quiet.elapsed() < silence) {
+            busy::pulseNow();
+            continue;
+        }
         if (!serverAnswers())
             return false;
+        quiet.restart();
     }
 }
 
@@ -354,20 +388,66 @@ pg::ResultPtr Connection::nextResult()
     return pg::ResultPtr(PQgetResult(c));
 }
 
+namespace {
+
+// Asks the server to stop the statement under way, waiting at most `ms` for
+// it to take the request; false when it did not. The request goes on a
+// thread of its own because the client library waits for the server's
+// goodbye without a limit, and a server that stopped answering would hold
+// the program; that thread owns what it uses and ends whenever it can.
+bool requestCancel(PGconn *c, int ms)
+{
+    pg::CancelPtr cancel(PQgetCancel(c));
+    if (!cancel)
+        return false;
+    auto done = std::make_shared<std::atomic<int>>(0); // 1 taken, -1 refused
+    std::thread([cancel = std::move(cancel), done] {
+        char buf[256];
+        done->store(PQcancel(cancel.get(), buf, sizeof buf) ? 1 : -1);
+    }).detach();
+    QElapsedTimer t;
+    t.start();
+    while (done->load() == 0 && t.elapsed() < ms) {
+        busy::pulseNow();
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return done->load() == 1;
+}
+
+} // namespace
+
 void Connection::abandonStatement() noexcept
 {
     PGconn *c = m_conn.get();
     if (!c)
         return;
-    if (pg::CancelPtr cancel{PQgetCancel(c)}) {
-        char buf[256];
-        PQcancel(cancel.get(), buf, sizeof buf);
-    }
+    // Cleaning up after a stop is not stopped again.
+    busy::Unstoppable hold;
     try {
-        while (nextResult()) {
+        if (!requestCancel(c, kCancelWait)) {
+            close(); // the next statement opens a fresh link
+            return;
+        }
+        // The server ends the statement with an error the next results bring;
+        // one that takes too long to say so loses the link instead.
+        QElapsedTimer t;
+        t.start();
+        for (;;) {
+            while (PQisBusy(c) && t.elapsed() < kCancelWait) {
+                waitReadable(PQsocket(c), kWatchedSlice);
+                busy::pulseNow();
+                if (!PQconsumeInput(c))
+                    break;
+            }
+            if (PQisBusy(c)) {
+                close();
+                return;
+            }
+            if (!pg::ResultPtr(PQgetResult(c)))
+                return;
         }
     } catch (...) {
-        // the server stopped answering: the link is closed
+        close(); // a watcher that failed: the link is in an unknown state
     }
 }
 

@@ -1,5 +1,6 @@
 #include "db/u_field.h"
 
+#include "db/u_busy.h"
 #include "db/u_error.h"
 
 #include <cmath>
@@ -308,6 +309,8 @@ quint32 Column::addEntry(const char *data, size_t len)
 
 void Column::rehash(size_t size)
 {
+    // Long for a large pool: served, and never left half way.
+    busy::Unstoppable whole;
     m_hash.clear();
     m_hash.resize(size, 0);
     const size_t mask = size - 1;
@@ -318,6 +321,7 @@ void Column::rehash(size_t size)
         while (m_hash[i])
             i = (i + 1) & mask;
         m_hash[i] = (h & 0xFFFFFFFF00000000ull) | e;
+        busy::beat();
     }
 }
 

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <type_traits>
 #include <vector>
 
 namespace db {
@@ -61,6 +62,8 @@ struct FieldDef {
 // grows to hundreds of megabytes never holds two copies of itself.
 template <typename T>
 class PodBuf {
+    static_assert(std::is_trivially_copyable_v<T>, "PodBuf moves its values with realloc and memmove");
+
 public:
     PodBuf() noexcept = default;
     PodBuf(const PodBuf &o) { assign(o); }

@@ -1,5 +1,6 @@
 #include "db/u_query.h"
 
+#include "db/u_busy.h"
 #include "db/u_pgvalue.h"
 
 #include <libpq-fe.h>
@@ -136,12 +137,19 @@ void Query::fetch()
         setRowCount(0);
         d->loaded.clear();
     };
+    // A fetch may be stopped; a watcher sees the rows so far.
+    busy::Stretch stretch(busy::Phase::Fetching, true);
     c.recovering([&](int attempt) {
         // A re-run starts from no rows: whoever follows the progress starts anew too.
         if (attempt > 0 && m_progress)
             m_progress(0);
+        busy::beat(0);
         // Old rows go first: a large result should not live twice.
         forgetRows();
+        // While windows are served during the fetch, a grid over the old rows
+        // must not read them any longer.
+        if (isActive() && busy::watched())
+            emit rowsReset();
         c.send(text, params, Connection::Send::Rows);
         std::unique_ptr<QuarvError> error;
         bool haveFields = false;
@@ -169,6 +177,7 @@ void Query::fetch()
                         ++rows;
                         if (m_progress && (rows & 0xFFFF) == 0)
                             m_progress(rows);
+                        busy::beat(rows);
                     }
                 } else if (st != PGRES_COMMAND_OK && st != PGRES_EMPTY_QUERY && !error) {
                     error = std::make_unique<QuarvError>(c.resultError(r.get()));

@@ -1,5 +1,6 @@
 #include "db/u_textmover.h"
 
+#include "db/u_busy.h"
 #include "db/u_dataset.h"
 #include "db/u_error.h"
 
@@ -192,20 +193,26 @@ void TextMover::writeRows(qsizetype upTo)
             return; // no fields yet: the header waits for them
         d->header();
     }
-    for (; d->written < upTo; ++d->written)
+    for (; d->written < upTo; ++d->written) {
         d->row(d->written);
+        busy::beat(d->written + 1);
+    }
 }
 
 void TextMover::finish()
 {
     writeRows(d->ds.rowCount());
     d->flush(true);
-    if (!d->file->commit())
+    // The sync to disk of a large file runs aside while the windows are served.
+    bool ok = false;
+    busy::aside([&] { ok = d->file->commit(); });
+    if (!ok)
         d->fail();
 }
 
 void moveToText(const DataSet &ds, const QString &path, QChar separator, const QLocale &locale)
 {
+    busy::Stretch stretch(busy::Phase::Writing, true, ds.rowCount());
     TextMover mover(ds, path, separator, locale);
     mover.finish();
 }

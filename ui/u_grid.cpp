@@ -509,6 +509,10 @@ void GridTableView::paintEvent(QPaintEvent *e)
     QPainter p(viewport());
     const QRect clip = e->rect();
     p.fillRect(clip, *resolvedStyle(GridElement::Background).color);
+    // Painted while the rows are rebuilt (long work serving the windows):
+    // the rows come with the rebuild's end.
+    if (m_model->isRebuilding())
+        return;
     const qsizetype rows = totalRows();
     const qsizetype first = topRow() + clip.top() / m_rowHeight;
     const qsizetype last = std::min(rows - 1, topRow() + clip.bottom() / m_rowHeight);

@@ -176,7 +176,8 @@ public:
     int selectedColumnCount() const override { return 0; }
     int selectedRowCount() const override { return m_view->currentRow() >= 0 ? 1 : 0; }
     int columnCount() const override { return int(m_view->model()->visibleColumns().size()); }
-    int rowCount() const override { return int(m_view->totalRows()); }
+    // No rows while they are rebuilt: a reader asking meanwhile finds none.
+    int rowCount() const override { return m_view->model()->isRebuilding() ? 0 : int(m_view->totalRows()); }
     QList<int> selectedColumns() const override { return {}; }
     QList<int> selectedRows() const override
     {

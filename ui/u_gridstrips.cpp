@@ -590,6 +590,8 @@ void GridFooter::paintEvent(QPaintEvent *)
     p.setPen(kLine);
     p.drawLine(rect().topLeft(), rect().topRight());
     const GridModel *m = m_view->model();
+    if (m->isRebuilding())
+        return; // the sums come with the rebuild's end
     const int indW = m_view->indicatorWidth();
     p.setClipRect(QRect(indW, 0, width() - indW, height()));
     p.setFont(*st.font);

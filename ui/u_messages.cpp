@@ -1,5 +1,6 @@
 #include "ui/u_messages.h"
 
+#include "db/u_busy.h"
 #include "db/u_error.h"
 
 #include <QApplication>
@@ -130,6 +131,8 @@ void guarded(const std::function<void()> &handler) noexcept
 {
     try {
         handler();
+    } catch (const db::busy::Cancelled &) {
+        // Work the operator stopped: nothing to report.
     } catch (...) {
         reportException(std::current_exception());
     }

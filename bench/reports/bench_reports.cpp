@@ -46,6 +46,7 @@
 #include "bench/common/u_benchpsql.h"
 #include "session/u_dmQuarv.h"
 #include "reports/common/u_frmConts_select.h"
+#include "reports/core/u_reportrun.h"
 #include "reports/u_frmAnalizaContabilaDetaliata.h"
 #include "reports/u_frmAnalizaRegistruJurnal.h"
 #include "reports/u_frmAnaliza_Profitabilitate.h"
@@ -685,7 +686,7 @@ int main(int argc, char **argv)
         }
 
         if (hadPeriod)
-            TReportForm::writePeriodRow(periodRow, oldStart, oldEnd, false);
+            rep::writePeriodRow(periodRow, oldStart, oldEnd, false);
     } catch (const QuarvError &e) {
         std::fprintf(stderr, "bench_reports: %s\n", e.what());
         return 1;

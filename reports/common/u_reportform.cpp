@@ -1,17 +1,18 @@
 #include "reports/common/u_reportform.h"
 
-#include "db/u_textmover.h"
+#include "db/u_busy.h"
 #include "reports/common/u_frmGridStyle.h"
 #include "reports/common/u_wrapbutton.h"
+#include "reports/core/u_reportexport.h"
 #include "reports/core/u_reportrun.h"
 #include "session/u_dmQuarv.h"
-#include "ui/core/u_gridexport.h"
+#include "ui/core/u_platform.h"
 #include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
 #include "ui/u_filedialog.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
-#include "ui/core/u_platform.h"
+#include "ui/u_progress.h"
 #include "ui/u_waitcursor.h"
 
 #include <QBoxLayout>
@@ -24,8 +25,6 @@
 
 #include <optional>
 #include <stdexcept>
-
-using rep::StepKind;
 
 TReportForm::TReportForm(rep::ReportDesc desc, QWidget *parent) : QWidget(parent), m_desc(std::move(desc))
 {
@@ -78,16 +77,16 @@ void TReportForm::buildForm()
     top->addSpacing(12);
 
     QWidget *editorHost = this;
-    m_strip = new QHBoxLayout;
-    m_strip->setSpacing(6);
+    auto *strip = new QHBoxLayout;
+    strip->setSpacing(6);
     if (!m_desc.paramGroupTitle.isEmpty()) {
         auto *box = new QGroupBox(m_desc.paramGroupTitle, this);
         box->setObjectName(QStringLiteral("cxGroupBox1"));
-        box->setLayout(m_strip);
+        box->setLayout(strip);
         top->addWidget(box);
         editorHost = box;
     } else {
-        top->addLayout(m_strip);
+        top->addLayout(strip);
     }
 
     for (const rep::EditorDesc &e : std::as_const(m_desc.editors)) {
@@ -105,9 +104,9 @@ void TReportForm::buildForm()
             lbl->setObjectName(QStringLiteral("lbl") + e.objectName);
             lbl->setBuddy(w);
             w->setAccessibleName(e.label);
-            m_strip->addWidget(lbl);
+            strip->addWidget(lbl);
         }
-        m_strip->addWidget(w);
+        strip->addWidget(w);
         m_editors.append(w);
         wireEditor(e, w);
     }
@@ -120,7 +119,7 @@ void TReportForm::buildForm()
         bf.setBold(true);
         m_run->setFont(bf);
     }
-    m_strip->addWidget(m_run);
+    strip->addWidget(m_run);
     connect(m_run, &QPushButton::clicked, this, [this] { ui::guarded([this] { Cauta(); }); });
     for (const rep::HiddenLabel &l : std::as_const(m_desc.hiddenLabels)) {
         auto *lbl = new QLabel(l.text, editorHost);
@@ -329,29 +328,20 @@ void TReportForm::Cauta()
         m_ownDataList->setConnection(dmQuarv->pgConn);
 
     FormRunHost host(*this);
-    rep::runReport(m_desc, host);
-}
-
-bool TReportForm::runStep(const rep::RunStep &s)
-{
-    FormRunHost host(*this);
-    if (s.kind == StepKind::BusyCursor) {
-        // Outside Cauta a busy step has no run to span; it only repaints.
-        repaint();
-        return true;
+    ui::ProgressWatch progress(this);
+    try {
+        rep::runReport(m_desc, host);
+        // Stopped while the grid was being built: the rows go all the same.
+        if (!progress.stopAsked())
+            return;
+    } catch (const db::busy::Cancelled &) {
     }
-    return rep::runStep(m_desc, s, host);
-}
-
-void TReportForm::setParamsFromEditors()
-{
-    FormRunHost host(*this);
-    rep::setParams(m_desc, host);
-}
-
-void TReportForm::writePeriodRow(db::Query &periodRow, const QDate &start, const QDate &end, bool closeAfter)
-{
-    rep::writePeriodRow(periodRow, start, end, closeAfter);
+    // What the run wrote to the period row stays as written.
+    m_query->close();
+    if (m_statusBar)
+        setStatusText(cancelledText());
+    else
+        ui::messages().information(cancelledText(), this);
 }
 
 db::Query &TReportForm::periodRow(rep::PeriodSource source) const
@@ -401,30 +391,21 @@ void TReportForm::doExport(const rep::ExportDesc &e)
     // by double click; the status bar names the file written.
     const QString file = ui::withDefaultSuffix(chosen, ui::filterSuffix(filter));
 
-    switch (e.kind) {
-    case ExportKind::GridCsv:
+    // The two CSV buttons name the file in the status bar and say "ok".
+    const bool announced = e.kind == ExportKind::GridCsv || e.kind == ExportKind::AllDataCsv;
+    if (announced)
         setStatusText(QString());
-        ui::exportGridCsv(*m_model, file, ui::platform::listSeparator());
+    try {
+        ui::ProgressWatch progress(this);
+        rep::ReportExport(e.kind, file, ui::platform::listSeparator()).write(*m_model, *m_query);
+    } catch (const db::busy::Cancelled &) {
+        return; // stopped: no file, and nothing to say
+    }
+    if (announced) {
         setStatusText(file);
         ui::messages().information(QStringLiteral("ok"), this);
-        break;
-    case ExportKind::AllDataCsv:
-        setStatusText(QString());
-        // The grid's locale: numbers come out as in the grid's own CSV.
-        db::moveToText(*m_query, file, ui::platform::listSeparator(), m_model->locale());
-        setStatusText(file);
-        ui::messages().information(QStringLiteral("ok"), this);
-        break;
-    case ExportKind::GridText:
-        ui::exportGridText(*m_model, file);
-        break;
-    case ExportKind::GridXlsx:
-        ui::exportGridXlsx(*m_model, file);
-        break;
-    case ExportKind::GridCsvStatus:
-        ui::exportGridCsv(*m_model, file, ui::platform::listSeparator());
+    } else if (e.kind == ExportKind::GridCsvStatus) {
         setStatusText(QStringLiteral("fisier exportat: ") + file);
-        break;
     }
 }
 

@@ -62,21 +62,16 @@ public:
     QStatusBar *statusBar() const { return m_statusBar; }     // "StatusBar1" or nullptr
     QString statusText() const;                                // "" without a status bar
     void setStatusText(const QString &text);
-    // The strip's row, where a form adds widgets of its own.
-    QBoxLayout *paramStrip() const { return m_strip; }
 
-    // ----- run ("Cauta"): the description's steps in order
+    // ----- run ("Cauta"): the description's steps in order. A long run shows
+    // its progress and can be stopped ("Renunta"): the grid is then empty and
+    // the status bar (or a box, without one) says so.
     void Cauta();
-    // One step; false when a check stopped the run silently (an information box).
-    bool runStep(const rep::RunStep &step);
-    // The pieces the steps use, for forms with steps of their own.
-    void setParamsFromEditors();
-    // Period row: open or re-read, edit the current row (insert into an empty
-    // table), write data_incep/data_sf, post; optionally close again.
-    static void writePeriodRow(db::Query &periodRow, const QDate &start, const QDate &end, bool closeAfter);
     db::Query &periodRow(rep::PeriodSource source) const;
+    static QString cancelledText() { return QStringLiteral("Cautarea a fost anulata."); }
 
-    // ----- exports; nothing happens when the dialog is cancelled.
+    // ----- exports; nothing happens when the dialog is cancelled. A long
+    // export shows its progress; stopped, it leaves no file.
     void exportKind(rep::ExportKind kind);
     // caleDocumente + the export's file name (backslash rule of ui::platform::documentsFile).
     QString proposedFileName(const QString &fileName) const;
@@ -108,7 +103,6 @@ private:
 
     rep::ReportDesc m_desc;
     QLabel *m_title = nullptr;
-    QBoxLayout *m_strip = nullptr;
     QPushButton *m_run = nullptr;
     QPushButton *m_style = nullptr;
     QList<QPushButton *> m_exports;

@@ -1,5 +1,7 @@
 // The link under faults: a reply to COMMIT that never arrives, a server that
-// stops answering, and the one recovery every statement goes through.
+// stops answering, the one recovery every statement goes through, and a
+// statement the operator stopped.
+#include "db/u_busy.h"
 #include "db/u_connection.h"
 #include "db/u_query.h"
 #include "tests/support/u_pgtestserver.h"
@@ -27,6 +29,7 @@ private slots:
     void recoveryPaths_data();
     void recoveryPaths();
     void silentServer();
+    void stoppedFetch();
 
 private:
     PgTestServer &srv() { return PgTestServer::instance(); }
@@ -220,6 +223,97 @@ void TstDbFaults::silentServer()
     // The next search connects again.
     q.open();
     QVERIFY(q.fieldValue(0).toLongLong() != backend);
+}
+
+namespace {
+// Asks to stop once `when` says so; counts the calls.
+struct StopWhen : db::busy::Watcher {
+    explicit StopWhen(std::function<bool(const db::busy::Progress &)> f) : when(std::move(f)) {}
+    void pulse(const db::busy::Progress &p) override
+    {
+        ++calls;
+        maxRows = std::max(maxRows, p.done);
+        if (when(p) && p.stoppable)
+            throw db::busy::Cancelled{};
+    }
+    std::function<bool(const db::busy::Progress &)> when;
+    int calls = 0;
+    qsizetype maxRows = 0;
+    db::busy::WatchScope scope{this};
+};
+} // namespace
+
+void TstDbFaults::stoppedFetch()
+{
+    Connection c;
+    srv().configure(c);
+    c.setDeadPeerTimeout(6);
+    c.onConnectionLost = [] { return Connection::LostMode::ReconnectExecute; };
+    Query pid;
+    pid.setConnection(&c);
+    pid.setSql(u"select pg_backend_pid()"_s);
+    pid.open();
+    const qint64 backend = pid.fieldValue(0).toLongLong();
+    auto sameLinkServes = [&] {
+        pid.refresh();
+        QCOMPARE(pid.fieldValue(0).toLongLong(), backend);
+        QCOMPARE(srv().scalar(u"select state from pg_stat_activity where pid = "_s + QString::number(backend)).toString(),
+                 u"idle"_s);
+    };
+    Query q;
+    q.setConnection(&c);
+    QElapsedTimer t;
+
+    // Rows arriving: stopped after 100,000 of five million; nothing kept.
+    q.setSql(u"select g, 'rand ' || g as text from generate_series(1, 5000000) g"_s);
+    {
+        StopWhen stop([](const db::busy::Progress &p) { return p.done >= 100000; });
+        QVERIFY_THROWS_EXCEPTION(db::busy::Cancelled, q.open());
+        QVERIFY(stop.maxRows >= 100000 && stop.maxRows < 5000000);
+    }
+    QVERIFY(!q.isActive());
+    QCOMPARE(q.rowCount(), 0);
+    QCOMPARE(q.fieldCount(), 0);
+    sameLinkServes();
+    // Unwatched, the same query runs to its end.
+    q.setSql(u"select g from generate_series(1, 1000) g"_s);
+    q.open();
+    QCOMPARE(q.rowCount(), 1000);
+    q.close();
+
+    // A server still thinking: the stop ends the wait at once, the link stays.
+    q.setSql(u"select pg_sleep(20)"_s);
+    {
+        t.start();
+        StopWhen stop([&](const db::busy::Progress &) { return t.elapsed() > 300; });
+        QVERIFY_THROWS_EXCEPTION(db::busy::Cancelled, q.open());
+        QVERIFY2(t.elapsed() < 10000, qPrintable(QString::number(t.elapsed()))); // not the 20 s the server was asked to sleep
+        QVERIFY(stop.calls > 5); // served all along the wait
+    }
+    QVERIFY(c.isOpen());
+    sameLinkServes();
+
+    // A server that stopped answering: the stop still ends the wait at once;
+    // the link is given up and the next statement opens a fresh one.
+    const pid_t server = pid_t(srv().postmasterPid());
+    struct Resume {
+        pid_t a, b;
+        ~Resume() { ::kill(a, SIGCONT); ::kill(b, SIGCONT); }
+    } resume{server, pid_t(backend)};
+    QCOMPARE(::kill(server, SIGSTOP), 0);
+    QCOMPARE(::kill(pid_t(backend), SIGSTOP), 0);
+    q.setSql(u"select 1"_s);
+    {
+        t.start();
+        StopWhen stop([&](const db::busy::Progress &) { return t.elapsed() > 300; });
+        QVERIFY_THROWS_EXCEPTION(db::busy::Cancelled, q.open());
+        QVERIFY2(t.elapsed() < 10000, qPrintable(QString::number(t.elapsed()))); // not waiting for it
+    }
+    QVERIFY(!c.isOpen());
+    ::kill(server, SIGCONT);
+    ::kill(pid_t(backend), SIGCONT);
+    q.open();
+    QCOMPARE(q.fieldValue(0).toInt(), 1);
 }
 
 QTEST_GUILESS_MAIN(TstDbFaults)

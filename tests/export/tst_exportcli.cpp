@@ -19,6 +19,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
+
 namespace {
 
 struct Result {
@@ -260,6 +262,47 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         // A file that cannot be written: exit 1 with the file system's message.
         QCOMPARE(exportRun(QStringLiteral("frmAnalizaRegistruJurnal"), QStringLiteral("csv-grid"),
                            QStringLiteral("nu/exista/g.csv"), march).code, 1);
+    }
+
+    // Ctrl+C or SIGTERM while the register waits on the server (here on a
+    // lock the test holds): the statement cancelled on the server, no file
+    // (an existing one keeps its bytes), "Anulat", 128 + the signal.
+    void interrupted()
+    {
+        db::Connection locker;
+        m_pg->configure(locker);
+        locker.execCommand(QStringLiteral("begin; lock table reg_jurnal in access exclusive mode"));
+        const QString waiting = QStringLiteral("select count(*) from pg_locks where not granted and relation = 'reg_jurnal'::regclass");
+        const QString file = m_dir.filePath(QStringLiteral("oprit.csv"));
+        for (const auto &[sig, code] : {std::pair{SIGINT, 130}, std::pair{SIGTERM, 143}}) {
+            if (sig == SIGTERM) {
+                QFile old(file);
+                QVERIFY(old.open(QIODevice::WriteOnly));
+                old.write("vechi");
+            }
+            QProcess p;
+            p.start(QStringLiteral(QUARV_EXPORT_EXE),
+                    signIn() + QStringList{QStringLiteral("--report"), QStringLiteral("frmAnalizaRegistruJurnal"),
+                                           QStringLiteral("--from"), QStringLiteral("01.03.2024"), QStringLiteral("--to"),
+                                           QStringLiteral("31.03.2024"), QStringLiteral("--format"), QStringLiteral("csv-all"),
+                                           QStringLiteral("--output"), file, QStringLiteral("--quiet")});
+            p.write("secret\n");
+            p.closeWriteChannel();
+            QTRY_COMPARE_WITH_TIMEOUT(m_pg->scalar(waiting).toInt(), 1, 20000);
+            QCOMPARE(::kill(pid_t(p.processId()), sig), 0);
+            QVERIFY(p.waitForFinished(10000));
+            QCOMPARE(p.exitStatus(), QProcess::NormalExit);
+            QCOMPARE(p.exitCode(), code);
+            QCOMPARE(QString::fromUtf8(p.readAllStandardError()).trimmed(), QStringLiteral("Anulat"));
+            // Cancelled, not merely left: a statement left waiting would still wait.
+            QCOMPARE(m_pg->scalar(waiting).toInt(), 0);
+            QCOMPARE(QDir(m_dir.path()).entryList({QStringLiteral("*oprit*")}, QDir::Files | QDir::Hidden),
+                     sig == SIGTERM ? QStringList{QStringLiteral("oprit.csv")} : QStringList{});
+        }
+        QFile kept(file);
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        QCOMPARE(kept.readAll(), QByteArray("vechi"));
+        locker.execCommand(QStringLiteral("rollback"));
     }
 
     // All the data of a result larger than one write: written while the rows

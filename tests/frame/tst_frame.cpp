@@ -16,11 +16,16 @@
 #include "ui/u_grid.h"
 #include "ui/u_gridstrips.h"
 #include "ui/u_messages.h"
+#include "ui/u_progress.h"
 #include "ui/core/u_platform.h"
 
 #include <QFile>
 #include <cmath>
+#include <functional>
 #include <QCalendarWidget>
+#include <QDialog>
+#include <QDir>
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -649,6 +654,100 @@ private slots:
     }
 
     // The pickers: modal protocol, filter kept, list refreshed at every showing.
+    // A long run and a long export, as the operator meets them: the progress
+    // window after half a second, the other windows refusing input while it
+    // is up, "Renunta" (and Esc) stopping the work; a short run shows nothing.
+    void longWork()
+    {
+        rep::ReportDesc d = testDesc(QStringLiteral("frmLung"), QString());
+        d.sql = QStringLiteral("select 'C' || g as cod, 'rand ' || g as den, g * 0.01 as suma, date '2024-03-01' as zi\n"
+                               "from generate_series(1, 4000000) g where date '2024-03-01' between :pDataIncep and :pDataSf");
+        Form f(d);
+        setPeriod(f, QDate(2024, 3, 1), QDate(2024, 3, 31));
+        f.show();
+        QWidget other;
+        auto *button = new QPushButton(QStringLiteral("Alt buton"), &other);
+        int clicks = 0;
+        connect(button, &QPushButton::clicked, [&] { ++clicks; });
+        other.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&other));
+        auto clickOther = [&] { QTest::mouseClick(other.windowHandle(), Qt::LeftButton, {}, button->geometry().center()); };
+        clickOther();
+        QCOMPARE(clicks, 1); // the click reaches it while nothing runs
+
+        // While the work runs, a timer looks at what the operator sees and presses `stop`.
+        QStringList texts;
+        bool sawWindow = false;
+        std::function<void(QDialog *)> stop;
+        QTimer watch;
+        watch.setInterval(30);
+        connect(&watch, &QTimer::timeout, [&] {
+            QDialog *w = ui::ProgressWatch::window();
+            if (!w)
+                return;
+            sawWindow = true;
+            texts << w->findChild<QLabel *>(QStringLiteral("lblProgres"))->text();
+            if (texts.size() == 3 && stop) {
+                clickOther();
+                stop(w);
+            }
+        });
+        watch.start();
+
+        // The fetch, stopped with Esc.
+        stop = [](QDialog *w) { QTest::keyClick(w, Qt::Key_Escape); };
+        QElapsedTimer t;
+        t.start();
+        f.Cauta();
+        QVERIFY2(t.elapsed() < 15000, "the fetch was not stopped");
+        QVERIFY(sawWindow);
+        QVERIFY2(texts.value(2).startsWith(QStringLiteral("Se citesc datele... ")) && texts.value(2).endsWith(QStringLiteral(" randuri")),
+                 qPrintable(texts.join(QLatin1Char('|'))));
+        QCOMPARE(clicks, 1); // held off while the window was up
+        QVERIFY(!ui::ProgressWatch::window());
+        QCOMPARE(f.statusText(), TReportForm::cancelledText());
+        QVERIFY(!f.query()->isActive());
+        QCOMPARE(f.gridModel()->recordCount(), qsizetype(0));
+        QCOMPARE(f.gridModel()->footerText(0), QString());
+        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join(QLatin1Char('|'))));
+
+        // The next, short run: rows as usual and no window.
+        stop = nullptr;
+        f.query()->setSql(QString(d.sql).replace(QStringLiteral("4000000"), QStringLiteral("3")));
+        texts.clear();
+        sawWindow = false;
+        f.Cauta();
+        QVERIFY(!sawWindow);
+        QCOMPARE(f.gridModel()->recordCount(), qsizetype(3));
+
+        // A long export stopped with "Renunta": no file, no temporary file,
+        // the file of that name as it was.
+        f.query()->setSql(QString(d.sql).replace(QStringLiteral("4000000"), QStringLiteral("400000")));
+        f.Cauta();
+        QCOMPARE(f.gridModel()->recordCount(), qsizetype(400000));
+        QTemporaryDir out;
+        const QString file = out.filePath(QStringLiteral("lung.xlsx"));
+        QFile old(file);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write("vechi");
+        old.close();
+        ui::ScopedQueuedFileDialog dlg;
+        dlg.answers << file;
+        texts.clear();
+        stop = [](QDialog *w) { w->findChild<QPushButton *>(QStringLiteral("btnRenunta"))->click(); };
+        ui::ProgressWatch::setShowDelay(50);
+        f.exportButton(rep::ExportKind::GridXlsx)->click();
+        ui::ProgressWatch::setShowDelay(500);
+        watch.stop();
+        QVERIFY2(texts.value(2).startsWith(QStringLiteral("Se scrie fisierul... ")) && texts.value(2).endsWith(u'%'),
+                 qPrintable(texts.join(QLatin1Char('|'))));
+        QCOMPARE(QDir(out.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("lung.xlsx")});
+        QVERIFY(old.open(QIODevice::ReadOnly));
+        QCOMPARE(old.readAll(), QByteArray("vechi"));
+        QVERIFY2(m_msg->all.isEmpty(), qPrintable(m_msg->all.join(QLatin1Char('|'))));
+        QCOMPARE(f.gridModel()->recordCount(), qsizetype(400000)); // the grid keeps its rows
+    }
+
     void pickers()
     {
         m_pg->exec(QStringLiteral("insert into conts (conts, den_conts) values ('401', 'Furnizori'), ('411', 'Clienti'),"

@@ -1,7 +1,9 @@
 // The grid's logic without widgets: rows after filter, sort and grouping;
 // summaries; the layout store; the exports.
 
+#include "db/u_busy.h"
 #include "db/u_error.h"
+#include "db/u_textmover.h"
 #include "tests/gridcore/u_testdataset.h"
 #include "tests/support/u_testfiles.h"
 #include "ui/core/u_gridexport.h"
@@ -146,6 +148,7 @@ private slots:
     void textExports();
     void xlsxExport();
     void emptyGridAndFailures();
+    void longWorkServedAndStopped();
 };
 
 void TstGridCore::numberFormats()
@@ -1123,6 +1126,87 @@ void TstGridCore::emptyGridAndFailures()
     QCOMPARE(m.cellText(0, m.columnIndex(QStringLiteral("nu_exista"))), QString());
     m.setFilterText(m.columnIndex(QStringLiteral("nu_exista")), QStringLiteral("x"));
     QCOMPARE(m.recordCount(), qsizetype(0));
+}
+
+namespace {
+struct Watch : db::busy::Watcher {
+    std::function<void(const db::busy::Progress &)> onPulse;
+    int calls = 0;
+    void pulse(const db::busy::Progress &p) override
+    {
+        ++calls;
+        if (onPulse)
+            onPulse(p);
+    }
+    db::busy::WatchScope scope{this};
+};
+} // namespace
+
+void TstGridCore::longWorkServedAndStopped()
+{
+    Ledger l(200000);
+    GridModel m;
+    bind(m, l.ds);
+    m.setGroupSummaries({{QStringLiteral("valoare_lei"), SummaryKind::Sum, {}}});
+    const int partner = m.columnIndex(QStringLiteral("partener"));
+    {
+        // A rebuild is served but never stopped, even inside work that can
+        // stop; a change made meanwhile (a timer) waits for it and follows it.
+        Watch w;
+        bool servedWhileRebuilding = false;
+        w.onPulse = [&](const db::busy::Progress &p) {
+            if (p.stoppable)
+                throw db::busy::Cancelled{};
+            servedWhileRebuilding = servedWhileRebuilding || m.isRebuilding();
+            if (m.isRebuilding() && m.column(partner).filterText.isEmpty())
+                m.setFilterText(partner, QStringLiteral("beta"));
+        };
+        QVERIFY_THROWS_EXCEPTION(db::busy::Cancelled, [&] {
+            db::busy::Stretch s(db::busy::Phase::Fetching, true);
+            m.groupByColumn(m.columnIndex(QStringLiteral("conts")));
+            db::busy::pulseNow();
+        }());
+        QVERIFY(servedWhileRebuilding);
+        QVERIFY(!m.isRebuilding());
+    }
+    // Grouped by account and filtered on the partner as asked during the rebuild.
+    qsizetype beta = 0;
+    for (int r = 0; r < int(l.cents.size()); ++r)
+        beta += l.text(r, 1) == QStringLiteral("Beta SA");
+    QCOMPARE(m.recordCount(), beta);
+    QCOMPARE(m.rowKind(0), RowKind::Group);
+
+    // Every writer stopped half way leaves no file and no temporary file; a
+    // file of that name keeps its bytes.
+    QTemporaryDir dir;
+    const QString old = dir.filePath(QStringLiteral("vechi"));
+    m.clearAllFilters();
+    const std::vector<std::pair<const char *, std::function<void()>>> writers = {
+        {"csv", [&] { exportGridCsv(m, old, QLatin1Char(';')); }},
+        {"text", [&] { exportGridText(m, old); }},
+        {"xlsx", [&] { exportGridXlsx(m, old); }},
+        {"all data", [&] { db::moveToText(l.ds, old, QLatin1Char(';')); }},
+    };
+    for (const auto &[name, write] : writers) {
+        QFile f(old);
+        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        f.write("vechi");
+        f.close();
+        Watch w;
+        qsizetype stoppedAt = 0;
+        w.onPulse = [&](const db::busy::Progress &p) {
+            if (p.phase == db::busy::Phase::Writing && p.done >= 20000) {
+                QCOMPARE(p.total, qsizetype(l.cents.size()));
+                stoppedAt = p.done;
+                throw db::busy::Cancelled{};
+            }
+        };
+        QVERIFY_THROWS_EXCEPTION(db::busy::Cancelled, write());
+        QVERIFY2(stoppedAt >= 20000 && stoppedAt < qsizetype(l.cents.size()), name);
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("vechi")});
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll(), QByteArray("vechi"));
+    }
 }
 
 QTEST_GUILESS_MAIN(TstGridCore)

@@ -1,22 +1,22 @@
 #include "tools/export/u_exportcli.h"
 
+#include "db/u_busy.h"
 #include "db/u_connection.h"
 #include "db/u_error.h"
 #include "db/u_query.h"
-#include "db/u_textmover.h"
+#include "reports/core/u_reportexport.h"
 #include "reports/core/u_reportrun.h"
 #include "reports/core/u_reports.h"
 #include "reports/core/u_signin.h"
 #include "reports/core/u_stylestore.h"
-#include "ui/core/u_gridexport.h"
 #include "ui/core/u_gridlayout.h"
 #include "ui/core/u_gridmodel.h"
 #include "ui/core/u_platform.h"
 
 #include <QElapsedTimer>
 
+#include <csignal>
 #include <cstdio>
-#include <memory>
 #include <iostream>
 #include <string>
 #include <utility>
@@ -160,6 +160,49 @@ private:
     QElapsedTimer m_clock;
 };
 
+// Ctrl+C (SIGINT) or SIGTERM during a run: the statement is cancelled on the
+// server, the partial file removed, and the program ends with 128 + the signal.
+volatile std::sig_atomic_t g_signal = 0;
+
+extern "C" void onStopSignal(int sig)
+{
+    g_signal = sig;
+}
+
+struct Interrupted {
+    int signal;
+};
+
+class SignalWatch : public db::busy::Watcher {
+public:
+    SignalWatch() : m_scope(this)
+    {
+        g_signal = 0;
+        m_int = std::signal(SIGINT, onStopSignal);
+        m_term = std::signal(SIGTERM, onStopSignal);
+    }
+    ~SignalWatch() override
+    {
+        std::signal(SIGINT, m_int);
+        std::signal(SIGTERM, m_term);
+    }
+    SignalWatch(const SignalWatch &) = delete;
+    SignalWatch &operator=(const SignalWatch &) = delete;
+    // A signal met outside a stoppable stretch (the grid's rebuild) stops the next one.
+    void pulse(const db::busy::Progress &p) override
+    {
+        if (g_signal && p.stoppable)
+            throw db::busy::Cancelled{};
+    }
+    static int received() { return int(g_signal); }
+
+private:
+    using Handler = void (*)(int);
+    Handler m_int = SIG_DFL;
+    Handler m_term = SIG_DFL;
+    db::busy::WatchScope m_scope;
+};
+
 // The run's editors: the dates as the editors hold them once typed and left.
 class CliHost : public rep::RunHost {
 public:
@@ -285,34 +328,23 @@ int exportReport(const Options &o)
     if (o.style)
         ui::restoreGridLayout(model, styleLayout(conn, d, *o.style));
     // All the query's data needs no grid: its rows are not built for it.
-    const bool allData = o.format == QLatin1String("csv-all");
+    const rep::ExportKind kind = kindsOf(o.format).constFirst();
+    const bool allData = kind == rep::ExportKind::AllDataCsv;
     if (!allData)
         model.setDataSet(&query);
 
-    const QChar separator = o.separator.value_or(ui::platform::listSeparator());
-    // All the data is written while the rows still arrive: the server goes on
-    // producing them while the file is written.
-    std::unique_ptr<db::TextMover> mover;
-    if (allData) {
-        mover = std::make_unique<db::TextMover>(query, o.output, separator);
-        query.setFetchProgress([&progress, &mover](qsizetype rows) {
-            progress.fetched(rows);
-            mover->writeRows(rows);
-        });
+    rep::ReportExport out(kind, o.output, o.separator.value_or(ui::platform::listSeparator()));
+    out.streamFrom(query, [&progress](qsizetype rows) { progress.fetched(rows); });
+
+    const SignalWatch stopSignals;
+    try {
+        CliHost host(d, o, query, sessionRow, ownRow);
+        rep::runReport(d, host);
+        progress.line(QStringLiteral("%1 randuri citite").arg(query.rowCount()));
+        out.write(model, query);
+    } catch (const db::busy::Cancelled &) {
+        throw Interrupted{SignalWatch::received()};
     }
-
-    CliHost host(d, o, query, sessionRow, ownRow);
-    rep::runReport(d, host);
-    progress.line(QStringLiteral("%1 randuri citite").arg(query.rowCount()));
-
-    if (allData)
-        mover->finish();
-    else if (o.format == QLatin1String("csv-grid"))
-        ui::exportGridCsv(model, o.output, separator);
-    else if (o.format == QLatin1String("text"))
-        ui::exportGridText(model, o.output);
-    else
-        ui::exportGridXlsx(model, o.output);
     progress.line(QStringLiteral("%1 randuri scrise in %2")
                       .arg(allData ? query.rowCount() : model.recordCount())
                       .arg(o.output));
@@ -347,7 +379,7 @@ QString usageText()
         "Parola emitentului se citeste de pe terminal, fara ecou, sau cu --password-stdin\n"
         "din prima linie a intrarii standard; niciodata din argumente.\n"
         "Coduri de iesire: 0 reusit; 1 o verificare, conectarea, baza de date sau fisierul;\n"
-        "2 o linie de comanda gresita.");
+        "2 o linie de comanda gresita; 130 sau 143 oprit cu Ctrl+C sau SIGTERM (Anulat).");
 }
 
 QDate parseDate(const QString &text)
@@ -457,6 +489,9 @@ int run(const QStringList &args)
         printErr(kProgram + QStringLiteral(": ") + e.text);
         printErr(usageText());
         return 2;
+    } catch (const Interrupted &e) {
+        printErr(QStringLiteral("Anulat"));
+        return 128 + e.signal;
     } catch (const QuarvError &e) {
         printErr(e.text());
         return 1;

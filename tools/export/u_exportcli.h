@@ -11,7 +11,9 @@
 //   tkquarv-export --host ... --issuer CODE --report NAME --list-styles
 //
 // Exit codes: 0 done; 1 a check, sign-in, database or file error (its
-// message on standard error); 2 a usage error (with the usage text).
+// message on standard error); 2 a usage error (with the usage text); 130 or
+// 143 stopped by Ctrl+C (SIGINT) or SIGTERM ("Anulat"): the statement is
+// cancelled on the server and no partial file is left.
 
 #include <QDate>
 #include <QString>

@@ -106,6 +106,7 @@ TextDict &GridModel::Impl::dict(int field)
         return h;
     };
     for (qsizetype r = 0; r < rows; ++r) {
+        db::busy::beat();
         if (c.isNull(r)) {
             td->ids[size_t(r)] = -1;
             continue;
@@ -190,8 +191,8 @@ void GridModel::Impl::rankDict(TextDict &td)
     if (allDigits) {
         // digits only (account codes, numbers kept as text): the collation
         // orders them as bytes do
-        std::sort(order.begin(), order.end(),
-                  [&](qint32 a, qint32 b) { return td.values[size_t(a)] < td.values[size_t(b)]; });
+        servedSort(order.begin(), order.end(),
+                   [&](qint32 a, qint32 b) { return td.values[size_t(a)] < td.values[size_t(b)]; });
         for (size_t i = 0; i < m; ++i)
             rank[size_t(order[i])] = qint32(i);
     } else {
@@ -199,9 +200,11 @@ void GridModel::Impl::rankDict(TextDict &td)
         coll.setNumericMode(false);
         std::vector<QCollatorSortKey> keys;
         keys.reserve(m);
-        for (const QByteArrayView &v : td.values)
+        for (const QByteArrayView &v : td.values) {
             keys.push_back(coll.sortKey(QString::fromUtf8(v)));
-        std::sort(order.begin(), order.end(), [&](qint32 a, qint32 b) {
+            db::busy::beat();
+        }
+        servedSort(order.begin(), order.end(), [&](qint32 a, qint32 b) {
             const int c = keys[size_t(a)].compare(keys[size_t(b)]);
             if (c != 0)
                 return c < 0;

@@ -40,6 +40,7 @@ void GridModel::Impl::buildDisplay()
             i = nd.end;
             continue;
         }
+        db::busy::beat();
         if (nd.level == leafLevel) {
             for (qint32 p = nd.first; p < nd.first + nd.count; ++p)
                 drows.push_back(DRow{p, -1, RowKind::Data});
@@ -107,14 +108,30 @@ void GridModel::Impl::setFocusInternal(qsizetype row, bool syncDataSet)
 
 void GridModel::Impl::run(unsigned flags)
 {
-    if (batch > 0) {
+    if (batch > 0 || rebuilding) {
         pending |= flags;
         return;
     }
-    flags |= pending;
-    pending = 0;
-    if (!flags)
-        return;
+    // A change made while the passes ran (a timer served meanwhile) runs after them.
+    do {
+        flags |= pending;
+        pending = 0;
+        if (flags)
+            runOnce(flags);
+        flags = 0;
+    } while (pending && batch == 0);
+}
+
+void GridModel::Impl::runOnce(unsigned flags)
+{
+    struct Rebuilding {
+        bool &on;
+        explicit Rebuilding(bool &b) : on(b) { on = true; }
+        ~Rebuilding() { on = false; }
+        void end() { on = false; }
+    } rebuildingNow(rebuilding);
+    // Served, never stopped half way: the rows would be left half built.
+    db::busy::Unstoppable whole;
 
     // what the focus is on, to find it again afterwards
     qint32 focusData = -1;
@@ -177,6 +194,7 @@ void GridModel::Impl::run(unsigned flags)
         }
         if (newFocus < 0 && !drows.empty())
             newFocus = (focus >= 0 && focus < qsizetype(drows.size()) && !(flags & (FData | FGroups))) ? focus : 0;
+        rebuildingNow.end();
         focus = -2; // force the signal
         // the dataset's current row follows a focus that a filter or a regrouping moved
         try {
@@ -187,6 +205,7 @@ void GridModel::Impl::run(unsigned flags)
         }
         emit q->rowsChanged();
     }
+    rebuildingNow.end();
     if (flags & FSums)
         emit q->summariesChanged();
 }
@@ -431,5 +450,7 @@ void GridModel::priorRecord()
 }
 
 void GridModel::rebuild() { d->run(Impl::FData); }
+
+bool GridModel::isRebuilding() const { return d->rebuilding; }
 
 } // namespace ui

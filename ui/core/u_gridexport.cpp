@@ -1,5 +1,6 @@
 #include "ui/core/u_gridexport.h"
 
+#include "db/u_busy.h"
 #include "db/u_error.h"
 #include "ui/core/u_gridmodel_p.h"
 
@@ -22,6 +23,17 @@ constexpr qsizetype kFlushAt = 1 << 20;
 [[noreturn]] void writeFailed(const QString &path, const QString &why)
 {
     throw QuarvError(QStringLiteral("Fisierul %1 nu poate fi scris: %2").arg(QDir::toNativeSeparators(path), why));
+}
+
+// Puts the written file in place. The sync to disk that comes with it can
+// take long on a large file: it runs aside, and a stop asked meanwhile comes
+// too late (the file is whole and in place).
+void commitAside(QSaveFile &file, const QString &path)
+{
+    bool ok = false;
+    db::busy::aside([&] { ok = file.commit(); });
+    if (!ok)
+        writeFailed(path, file.errorString());
 }
 
 // The pieces every variant writes, in the one export layout.
@@ -144,8 +156,7 @@ public:
     void commit()
     {
         flush();
-        if (!m_file.commit())
-            writeFailed(m_path, m_file.errorString());
+        commitAside(m_file, m_path);
     }
 
 private:
@@ -161,6 +172,7 @@ private:
 void exportText(const GridModel &model, const QString &path, const QByteArray &sep, bool quoteAll)
 {
     const ExportSource src(model);
+    db::busy::Stretch stretch(db::busy::Phase::Writing, true, qsizetype(src.d.records.size()));
     TextSink out(path, sep, quoteAll);
     const int nc = int(src.cols.size());
     for (int i = 0; i < nc; ++i)
@@ -175,6 +187,7 @@ void exportText(const GridModel &model, const QString &path, const QByteArray &s
                 src.d.appendUtf8(out.buffer(), row, src.col(i));
                 out.endField();
             }
+            db::busy::beat(idx + 1);
             break;
         }
         case RowKind::Group:
@@ -224,8 +237,10 @@ public:
     }
     ~XlsxWriter()
     {
+        // Only after a failure or a stop: freed without packing what was
+        // written (seconds for a large grid); the temporary file is dropped.
         if (m_wb)
-            workbook_close(m_wb); // only after a failure: the temporary file is dropped
+            lxw_workbook_free(m_wb);
     }
 
     void run()
@@ -239,6 +254,7 @@ public:
                 const qint32 row = m_src.d.records[size_t(idx)];
                 for (int i = 0; i < nc; ++i)
                     writeCell(i, row);
+                db::busy::beat(idx + 1);
                 break;
             }
             case RowKind::Group: {
@@ -261,7 +277,7 @@ public:
         }
         lxw_workbook *wb = m_wb;
         m_wb = nullptr;
-        const lxw_error err = workbook_close(wb);
+        const lxw_error err = closeWorkbook(wb);
         if (err != LXW_NO_ERROR)
             writeFailed(m_path, QString::fromUtf8(lxw_strerror(err)));
         // Copied into place through QSaveFile rather than renamed: the
@@ -274,16 +290,29 @@ public:
         if (!out.open(QIODevice::WriteOnly))
             writeFailed(m_path, out.errorString());
         QByteArray chunk;
-        while (!(chunk = built.read(kFlushAt)).isEmpty())
+        while (!(chunk = built.read(kFlushAt)).isEmpty()) {
             if (out.write(chunk) != chunk.size())
                 writeFailed(m_path, out.errorString());
+            db::busy::pulseNow();
+        }
         if (built.error() != QFileDevice::NoError)
             writeFailed(m_path, built.errorString());
-        if (!out.commit())
-            writeFailed(m_path, out.errorString());
+        commitAside(out, m_path);
     }
 
 private:
+    // Closing packs the whole workbook in one call of the library, seconds
+    // for a large grid: it runs aside while the windows are served. A stop
+    // asked meanwhile waits for it (the library cannot be left half way) and
+    // then drops the file.
+    static lxw_error closeWorkbook(lxw_workbook *wb)
+    {
+        lxw_error err = LXW_NO_ERROR;
+        if (db::busy::aside([&] { err = workbook_close(wb); }))
+            throw db::busy::Cancelled{};
+        return err;
+    }
+
     lxw_format *cellFormat(const ColState &cs, bool bold)
     {
         QByteArray fmt;
@@ -468,6 +497,7 @@ void exportGridText(const GridModel &model, const QString &path)
 void exportGridXlsx(const GridModel &model, const QString &path, const XlsxOptions &options)
 {
     const ExportSource src(model);
+    db::busy::Stretch stretch(db::busy::Phase::Writing, true, qsizetype(src.d.records.size()));
     XlsxWriter w(src, path, options);
     w.run();
 }

@@ -53,6 +53,7 @@ void GridModel::Impl::buildNodes()
     };
     const qint32 total = qint32(records.size());
     for (qint32 p = 0; p < total; ++p) {
+        db::busy::beat();
         const qint32 row = records[size_t(p)];
         int from = levels;
         for (int l = 0; l < levels; ++l) {
@@ -113,8 +114,10 @@ void GridModel::Impl::computeSums()
             if (nd.level != leafLevel)
                 continue;
             Agg &a = nodeAggs[i * F + fi];
-            for (qint32 p = nd.first; p < nd.first + nd.count; ++p)
+            for (qint32 p = nd.first; p < nd.first + nd.count; ++p) {
                 addValue(a, c, records[size_t(p)]);
+                db::busy::beat();
+            }
         }
         for (size_t i = nodes.size(); i-- > 0;) {
             const qint32 parent = nodes[i].parent;
@@ -141,8 +144,10 @@ void GridModel::Impl::computeSums()
                     a.merge(nodeAggs[i * F + k]);
         } else {
             const db::Column &c = column(f);
-            for (qint32 row : records)
+            for (qint32 row : records) {
                 addValue(a, c, row);
+                db::busy::beat();
+            }
         }
         footerAggs[size_t(s)] = a;
         done.insert(f, a);

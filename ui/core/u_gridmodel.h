@@ -244,6 +244,9 @@ public:
 
     // Rebuilds at once (normally automatic after every change).
     void rebuild();
+    // True while the rows are being rebuilt; windows served meanwhile (by a
+    // watcher of long work) must not read rows, groups or sums.
+    bool isRebuilding() const;
 
 signals:
     void columnsChanged();       // added, removed, moved, caption, width, visibility, format
@@ -257,7 +260,6 @@ public:
 
 private:
     std::unique_ptr<Impl> d;
-    friend class GridExporter;
     friend struct GridModelAccess;
 };
 

@@ -8,6 +8,7 @@
 // the records (rows passing, in order), the groups and their aggregates, the
 // display rows.
 
+#include "db/u_busy.h"
 #include "ui/core/u_gridmodel.h"
 
 #include <QByteArrayView>
@@ -17,10 +18,37 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <unordered_map>
 
 namespace ui {
+
+// std::sort in blocks merged pairwise, with a beat of the work in progress
+// after each block and each merge: a long sort keeps the windows served
+// without a beat per comparison. For a strict total order (every comparer
+// here breaks ties) the result is std::sort's.
+template <class It, class Less>
+void servedSort(It first, It last, Less less)
+{
+    using Diff = typename std::iterator_traits<It>::difference_type;
+    constexpr Diff kBlock = Diff(1) << 15;
+    const Diff n = last - first;
+    if (n <= kBlock) {
+        std::sort(first, last, less);
+        return;
+    }
+    for (Diff i = 0; i < n; i += kBlock) {
+        std::sort(first + i, first + std::min(n, i + kBlock), less);
+        db::busy::tick();
+    }
+    for (Diff width = kBlock; width < n; width *= 2) {
+        for (Diff i = 0; i + width < n; i += 2 * width) {
+            std::inplace_merge(first + i, first + i + width, first + std::min(n, i + 2 * width), less);
+            db::busy::tick();
+        }
+    }
+}
 
 // ---------------------------------------------------------------- dates
 
@@ -209,6 +237,9 @@ struct GridModel::Impl {
 
     int batch = 0;
     unsigned pending = 0;
+    // While the passes run (windows may be served meanwhile): changes wait
+    // for them, views do not read the rows.
+    bool rebuilding = false;
 
     // caches of the loaded data
     std::unordered_map<int, std::unique_ptr<TextDict>> dicts; // by field
@@ -262,6 +293,7 @@ struct GridModel::Impl {
 
     // --- display rows, focus and the run of the passes (u_griddisplay.cpp)
     void run(unsigned flags);
+    void runOnce(unsigned flags);
     void buildDisplay();
     qsizetype locateRecord(qint32 rec) const;
     void expandPathTo(qint32 rec);

@@ -47,11 +47,15 @@ void GridModel::Impl::computeOrder()
         std::vector<qint64> &v = kv[k];
         v.resize(size_t(rows));
         if (keys[k].desc) {
-            for (qint32 r = 0; r < qint32(rows); ++r)
+            for (qint32 r = 0; r < qint32(rows); ++r) {
                 v[size_t(r)] = ~key(r);
+                db::busy::beat();
+            }
         } else {
-            for (qint32 r = 0; r < qint32(rows); ++r)
+            for (qint32 r = 0; r < qint32(rows); ++r) {
                 v[size_t(r)] = key(r);
+                db::busy::beat();
+            }
         }
     }
 
@@ -105,7 +109,7 @@ void GridModel::Impl::computeOrder()
         }
     }
     if (!counted) {
-        std::sort(ord, ord + rows, restCompare(0));
+        servedSort(ord, ord + rows, restCompare(0));
         return;
     }
     if (kv.size() == 1)
@@ -119,7 +123,8 @@ void GridModel::Impl::computeOrder()
         while (j < rows && k0[size_t(ord[j])] == v)
             ++j;
         if (j - i > 1)
-            std::sort(ord + i, ord + j, cmp);
+            servedSort(ord + i, ord + j, cmp);
+        db::busy::beat();
         i = j;
     }
 }
