@@ -5,7 +5,7 @@
 
 TQuarvApplication::TQuarvApplication(int &argc, char **argv) : QApplication(argc, argv)
 {
-    ui::platform::installFontSubstitutes();
+    ui::installFontSubstitutes();
 }
 
 bool TQuarvApplication::notify(QObject *receiver, QEvent *event)

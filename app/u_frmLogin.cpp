@@ -1,7 +1,7 @@
 #include "app/u_frmLogin.h"
 
 #include "db/u_memtable.h"
-#include "reports/core/u_signin.h"
+#include "analyses/u_signin.h"
 #include "session/u_dmQuarv.h"
 #include "ui/u_dbcontrols.h"
 #include "ui/u_messages.h"

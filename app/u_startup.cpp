@@ -14,7 +14,7 @@
 #include "reports/u_frmContareDocumente.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
 #include "reports/u_frmVerifDecontTurism.h"
-#include "ui/core/u_platform.h"
+#include "analyses/u_platform.h"
 
 #include <QApplication>
 #include <QPointer>
@@ -56,7 +56,7 @@ void createForms()
 
     // Only remembered: whether the folder exists or can be written is found
     // out when a file is written there.
-    dmQuarv->caleDocumente = ui::platform::documentsFolder();
+    dmQuarv->caleDocumente = platform::documentsFolder();
 
     create(frmLogin);
     create(frmFisaDeContAnalitica);

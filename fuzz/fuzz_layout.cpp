@@ -2,8 +2,8 @@
 // show and that saves and restores to itself, or are refused with QuarvError
 // leaving the layout as it was.
 #include "db/u_memtable.h"
-#include "ui/core/u_gridlayout.h"
-#include "ui/core/u_gridmodel.h"
+#include "grid/u_gridlayout.h"
+#include "grid/u_gridmodel.h"
 
 #include <QDate>
 
@@ -34,7 +34,7 @@ db::MemTable &rows()
     return *t;
 }
 
-void show(const ui::GridModel &m)
+void show(const grid::GridModel &m)
 {
     for (qsizetype r = 0; r < m.rowCount(); ++r)
         for (int c = 0; c < m.columnCount(); ++c)
@@ -47,24 +47,24 @@ void show(const ui::GridModel &m)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    ui::GridModel m;
+    grid::GridModel m;
     m.setDataSet(&rows());
     m.createDefaultColumns();
-    const QByteArray before = ui::saveGridLayout(m);
+    const QByteArray before = grid::saveGridLayout(m);
     try {
-        ui::restoreGridLayout(m, QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
+        grid::restoreGridLayout(m, QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
     } catch (const QuarvError &) {
-        if (ui::saveGridLayout(m) != before)
+        if (grid::saveGridLayout(m) != before)
             std::abort(); // half applied
         return 0;
     }
     show(m);
-    const QByteArray saved = ui::saveGridLayout(m);
-    ui::GridModel again;
+    const QByteArray saved = grid::saveGridLayout(m);
+    grid::GridModel again;
     again.setDataSet(&rows());
     again.createDefaultColumns();
-    ui::restoreGridLayout(again, saved); // what we wrote we read
-    if (ui::saveGridLayout(again) != saved)
+    grid::restoreGridLayout(again, saved); // what we wrote we read
+    if (grid::saveGridLayout(again) != saved)
         std::abort();
     return 0;
 }

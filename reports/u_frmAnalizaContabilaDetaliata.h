@@ -2,7 +2,7 @@
 // The form of the detailed accounting analysis, over rep::AnalizaContabilaDetaliata::description().
 
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 class TfrmAnalizaContabilaDetaliata : public TReportForm {
     Q_OBJECT

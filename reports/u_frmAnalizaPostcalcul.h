@@ -2,7 +2,7 @@
 // The form of the post-calculation analysis, over rep::AnalizaPostcalcul::description().
 
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 class TfrmAnalizaPostcalcul : public TReportForm {
     Q_OBJECT

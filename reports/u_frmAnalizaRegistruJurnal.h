@@ -2,7 +2,7 @@
 // The form of the journal register analysis, over rep::AnalizaRegistruJurnal::description().
 
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 class TfrmAnalizaRegistruJurnal : public TReportForm {
     Q_OBJECT

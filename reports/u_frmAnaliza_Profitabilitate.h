@@ -2,7 +2,7 @@
 // The form of the profitability analysis, over rep::Analiza_Profitabilitate::description().
 
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 class TfrmAnaliza_Profitabilitate : public TReportForm {
     Q_OBJECT

@@ -2,7 +2,7 @@
 // The form of expenses and revenues by order, over rep::CheltVenPeComenziFaraRegii::description().
 
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 class TfrmCheltVenPeComenziFaraRegii : public TReportForm {
     Q_OBJECT

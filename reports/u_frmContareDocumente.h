@@ -2,7 +2,7 @@
 // The form of the accounting of documents, over rep::ContareDocumente::description().
 
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 class TfrmContareDocumente : public TReportForm {
     Q_OBJECT

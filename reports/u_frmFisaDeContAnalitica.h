@@ -2,7 +2,7 @@
 // The form of the analytic account sheet, over rep::FisaDeContAnalitica::description().
 
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 class QFrame;
 

@@ -2,7 +2,7 @@
 // The form of the tourism settlement check, over rep::VerifDecontTurism::description().
 
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 class TfrmVerifDecontTurism : public TReportForm {
     Q_OBJECT

@@ -2,7 +2,7 @@
 // Every analysis of the program, by form name: its description and a way to
 // build its form. Tests walk this list so that no report escapes validation.
 
-#include "reports/core/u_reportdesc.h"
+#include "analyses/u_reportdesc.h"
 
 #include <QList>
 

@@ -1,7 +1,7 @@
 #include "session/u_dmQuarv.h"
 
-#include "reports/core/u_reportdesc.h"
-#include "reports/core/u_signin.h"
+#include "analyses/u_reportdesc.h"
+#include "analyses/u_signin.h"
 
 #include <QFont>
 

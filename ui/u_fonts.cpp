@@ -3,7 +3,7 @@
 #include <QFont>
 #include <QStringList>
 
-namespace ui::platform {
+namespace ui {
 
 void installFontSubstitutes()
 {
@@ -13,4 +13,4 @@ void installFontSubstitutes()
         QFont::insertSubstitutions(QString::fromLatin1(family), narrow);
 }
 
-} // namespace ui::platform
+} // namespace ui

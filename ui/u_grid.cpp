@@ -25,13 +25,13 @@ constexpr int kIndicatorWidth = 18;
 constexpr int kIndentStep = 18;
 const QColor kGridLine(0xC0, 0xC0, 0xC0);
 
-bool isRightAligned(ColumnKind k) { return k == ColumnKind::Number; }
+bool isRightAligned(grid::ColumnKind k) { return k == grid::ColumnKind::Number; }
 
 } // namespace
 
 // ===================================================================== view
 
-GridTableView::GridTableView(QWidget *parent) : QAbstractScrollArea(parent), m_model(new GridModel(this))
+GridTableView::GridTableView(QWidget *parent) : QAbstractScrollArea(parent), m_model(new grid::GridModel(this))
 {
     installGridAccessibility();
     setFrameShape(QFrame::NoFrame);
@@ -62,15 +62,15 @@ GridTableView::GridTableView(QWidget *parent) : QAbstractScrollArea(parent), m_m
     if (QWidget *c = verticalScrollBar()->parentWidget(); c && c != this)
         c->installEventFilter(this);
 
-    connect(m_model, &GridModel::columnsChanged, this, &GridTableView::onColumnsChanged);
-    connect(m_model, &GridModel::rowsChanged, this, &GridTableView::onRowsChanged);
-    connect(m_model, &GridModel::summariesChanged, this, [this] {
+    connect(m_model, &grid::GridModel::columnsChanged, this, &GridTableView::onColumnsChanged);
+    connect(m_model, &grid::GridModel::rowsChanged, this, &GridTableView::onRowsChanged);
+    connect(m_model, &grid::GridModel::summariesChanged, this, [this] {
         updateGeometries();
         m_footer->update();
         viewport()->update();
     });
-    connect(m_model, &GridModel::focusChanged, this, &GridTableView::onFocusChanged);
-    connect(m_model, &GridModel::optionsChanged, this, [this] { updateGeometries(); });
+    connect(m_model, &grid::GridModel::focusChanged, this, &GridTableView::onFocusChanged);
+    connect(m_model, &grid::GridModel::optionsChanged, this, [this] { updateGeometries(); });
 
     updateRowHeight();
     onColumnsChanged();
@@ -105,7 +105,7 @@ bool GridTableView::isDataRow(qsizetype row) const
 {
     if (row >= 0 && row == insertRow())
         return true;
-    return row >= 0 && row < m_model->rowCount() && m_model->rowKind(row) == RowKind::Data;
+    return row >= 0 && row < m_model->rowCount() && m_model->rowKind(row) == grid::RowKind::Data;
 }
 
 void GridTableView::onDataSetState()
@@ -120,7 +120,7 @@ void GridTableView::onDataSetState()
             // A new row starts on its first cell the operator can type into.
             int col = -1;
             for (int c : std::as_const(m_visible))
-                if (isColumnEditable(c) && m_model->columnKind(c) != ColumnKind::Bool) {
+                if (isColumnEditable(c) && m_model->columnKind(c) != grid::ColumnKind::Bool) {
                     col = c;
                     break;
                 }
@@ -328,7 +328,7 @@ GridHit GridTableView::hitTest(const QPoint &pos) const
         return h;
     h.row = row;
     h.column = columnAtX(pos.x());
-    if (row < m_model->rowCount() && m_model->rowKind(row) == RowKind::Group) {
+    if (row < m_model->rowCount() && m_model->rowKind(row) == grid::RowKind::Group) {
         const int bx = groupBoxX(row);
         h.expandButton = pos.x() >= bx && pos.x() < bx + kIndentStep;
     }
@@ -345,7 +345,7 @@ int GridTableView::groupBoxX(qsizetype row) const
 
 QRect GridTableView::groupCaptionRect(qsizetype row) const
 {
-    if (row < 0 || row >= m_model->rowCount() || m_model->rowKind(row) != RowKind::Group)
+    if (row < 0 || row >= m_model->rowCount() || m_model->rowKind(row) != grid::RowKind::Group)
         return {};
     const QRect r = rowRect(row);
     // After the [+].
@@ -605,7 +605,7 @@ QString GridTableView::editValueText(qsizetype row, int col, bool *fromBuffer) c
 void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const QRect &clip)
 {
     const bool inserting = row == insertRow();
-    const RowKind kind = inserting ? RowKind::Data : m_model->rowKind(row);
+    const grid::RowKind kind = inserting ? grid::RowKind::Data : m_model->rowKind(row);
     const int level = inserting ? int(m_model->groupColumns().size()) : m_model->rowLevel(row);
     const bool focused = row == currentRow();
     const int indW = indicatorWidth();
@@ -619,7 +619,7 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
 
     // Indent cells of the enclosing groups.
     const CellStyle groupSt = resolvedStyle(GridElement::Group);
-    const int indentCells = kind == RowKind::Data ? levels : kind == RowKind::Group ? level : level + 1;
+    const int indentCells = kind == grid::RowKind::Data ? levels : kind == grid::RowKind::Group ? level : level + 1;
     for (int i = 0; i < indentCells; ++i) {
         const QRect ir(indW + i * kIndentStep - hx, r.y(), kIndentStep, r.height());
         p.fillRect(ir, *groupSt.color);
@@ -628,7 +628,7 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
     const int x0 = indW - hx;
     const int contentRight = firstColumnX() + m_totalWidth;
 
-    if (kind == RowKind::Data) {
+    if (kind == grid::RowKind::Data) {
         const CellStyle st = dataRowStyle(row);
         const CellStyle selSt = focusedRowStyle(st);
         p.setFont(*st.font);
@@ -639,7 +639,7 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
                 continue;
             const CellStyle &ts = focused ? selSt : st;
             p.fillRect(cr, *ts.color);
-            if (m_model->columnKind(col) == ColumnKind::Bool) {
+            if (m_model->columnKind(col) == grid::ColumnKind::Bool) {
                 int state = inserting ? -1 : m_model->cellCheck(row, col);
                 bool buf = false;
                 const QString t = editValueText(row, col, &buf);
@@ -678,7 +678,7 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
         if (contentRight < r.right())
             p.fillRect(QRect(contentRight, r.y(), r.right() - contentRight + 1, r.height()),
                        *resolvedStyle(GridElement::Background).color);
-    } else if (kind == RowKind::Group) {
+    } else if (kind == grid::RowKind::Group) {
         const int gx = x0 + level * kIndentStep;
         const QRect gr(gx, r.y(), std::max(contentRight, r.right()) - gx + 1, r.height());
         const CellStyle st = focused ? focusedRowStyle(groupSt) : groupSt;
@@ -786,8 +786,8 @@ void GridTableView::keyPressEvent(QKeyEvent *e)
     const qsizetype row = currentRow();
     const bool ctrl = e->modifiers() & Qt::ControlModifier;
     const int page = std::max(1, viewport()->height() / m_rowHeight - 1);
-    const RowKind kind = isDataRow(row) || row < 0 ? RowKind::Data : m_model->rowKind(row);
-    const bool onGroup = row >= 0 && kind == RowKind::Group;
+    const grid::RowKind kind = isDataRow(row) || row < 0 ? grid::RowKind::Data : m_model->rowKind(row);
+    const bool onGroup = row >= 0 && kind == grid::RowKind::Group;
     const int vi = int(m_visible.indexOf(m_focusColumn));
     switch (e->key()) {
     case Qt::Key_Up: moveFocusBy(-1); return;
@@ -853,8 +853,8 @@ void GridTableView::keyPressEvent(QKeyEvent *e)
     }
     default: break;
     }
-    if (row >= 0 && kind == RowKind::Data && isColumnEditable(m_focusColumn)) {
-        const bool isBool = m_model->columnKind(m_focusColumn) == ColumnKind::Bool;
+    if (row >= 0 && kind == grid::RowKind::Data && isColumnEditable(m_focusColumn)) {
+        const bool isBool = m_model->columnKind(m_focusColumn) == grid::ColumnKind::Bool;
         if (isBool && e->key() == Qt::Key_Space) {
             toggleCheck(m_focusColumn);
             return;
@@ -892,7 +892,7 @@ void GridTableView::mousePressEvent(QMouseEvent *e)
     if (h.column >= 0)
         setFocusedColumn(h.column);
     if (isDataRow(currentRow()) && isColumnEditable(h.column)
-        && m_model->columnKind(h.column) == ColumnKind::Bool)
+        && m_model->columnKind(h.column) == grid::ColumnKind::Bool)
         toggleCheck(h.column);
 }
 
@@ -901,11 +901,11 @@ void GridTableView::mouseDoubleClickEvent(QMouseEvent *e)
     const GridHit h = hitTest(e->position().toPoint());
     if (h.row < 0 || e->button() != Qt::LeftButton)
         return;
-    const RowKind kind = isDataRow(h.row) ? RowKind::Data : m_model->rowKind(h.row);
-    if (kind == RowKind::Group && !h.expandButton) {
+    const grid::RowKind kind = isDataRow(h.row) ? grid::RowKind::Data : m_model->rowKind(h.row);
+    if (kind == grid::RowKind::Group && !h.expandButton) {
         m_model->toggleExpanded(h.row);
-    } else if (kind == RowKind::Data && isColumnEditable(h.column)) {
-        if (m_model->columnKind(h.column) == ColumnKind::Bool)
+    } else if (kind == grid::RowKind::Data && isColumnEditable(h.column)) {
+        if (m_model->columnKind(h.column) == grid::ColumnKind::Bool)
             toggleCheck(h.column); // the second click of the pair
         else
             startEdit();
@@ -930,13 +930,13 @@ bool GridTableView::incrementalSearch(const QString &text)
 {
     const int col = m_focusColumn >= 0 ? m_focusColumn : (m_visible.isEmpty() ? -1 : m_visible.first());
     const qsizetype rows = m_model->rowCount();
-    if (col < 0 || rows == 0 || text.isEmpty() || m_model->columnKind(col) == ColumnKind::Bool)
+    if (col < 0 || rows == 0 || text.isEmpty() || m_model->columnKind(col) == grid::ColumnKind::Bool)
         return false;
     const QString want = text.toCaseFolded();
     const qsizetype start = std::max<qsizetype>(0, m_model->focusedRow());
     for (qsizetype i = 0; i < rows; ++i) {
         const qsizetype r = (start + i) % rows;
-        if (m_model->rowKind(r) != RowKind::Data)
+        if (m_model->rowKind(r) != grid::RowKind::Data)
             continue;
         const QString cell = m_model->cellText(r, col);
         if (cell.size() < want.size() || !cell.left(want.size()).toCaseFolded().startsWith(want))
@@ -973,7 +973,7 @@ bool GridTableView::startEdit(const QString &initialText)
     const qsizetype row = currentRow();
     const int col = m_focusColumn;
     if (!isDataRow(row) || !isColumnEditable(col)
-        || m_model->columnKind(col) == ColumnKind::Bool)
+        || m_model->columnKind(col) == grid::ColumnKind::Bool)
         return false;
     scrollToRow(row);
     m_editRow = row;
@@ -1038,7 +1038,7 @@ bool GridTableView::toggleCheck(int col)
     const bool inserting = row >= 0 && row == insertRow();
     const qsizetype dr = inserting ? -1 : m_model->dataRow(row);
     const int field = m_model->columnField(col);
-    if (!ds || (dr < 0 && !inserting) || field < 0 || !isColumnEditable(col) || m_model->columnKind(col) != ColumnKind::Bool)
+    if (!ds || (dr < 0 && !inserting) || field < 0 || !isColumnEditable(col) || m_model->columnKind(col) != grid::ColumnKind::Bool)
         return false;
     bool ok = false;
     guarded([&] {
@@ -1082,22 +1082,22 @@ QString GridTableView::accessibleCellText(qsizetype row, int col) const
 {
     if (row >= 0 && row == insertRow() && col >= 0 && col < m_model->columnCount()) {
         const QString t = editValueText(row, col);
-        if (m_model->columnKind(col) == ColumnKind::Bool && !t.isEmpty())
+        if (m_model->columnKind(col) == grid::ColumnKind::Bool && !t.isEmpty())
             return t == QLatin1String("true") ? QStringLiteral("True") : QStringLiteral("False");
         return t;
     }
     if (row < 0 || row >= m_model->rowCount() || col < 0 || col >= m_model->columnCount())
         return {};
     switch (m_model->rowKind(row)) {
-    case RowKind::Data:
-        if (m_model->columnKind(col) == ColumnKind::Bool) {
+    case grid::RowKind::Data:
+        if (m_model->columnKind(col) == grid::ColumnKind::Bool) {
             const int s = m_model->cellCheck(row, col);
             return s < 0 ? QString() : s ? QStringLiteral("True") : QStringLiteral("False");
         }
         return editValueText(row, col);
-    case RowKind::Group:
+    case grid::RowKind::Group:
         return !m_visible.isEmpty() && col == m_visible.first() ? m_model->groupRowText(row) : QString();
-    case RowKind::GroupFooter:
+    case grid::RowKind::GroupFooter:
         return m_model->groupFooterTextForColumn(row, col);
     }
     return {};

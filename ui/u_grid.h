@@ -2,7 +2,7 @@
 // The data grid's widgets: a container (Grid) holding one table view
 // (GridTableView) and its record navigator (GridNavigator, u_gridnavigator.h).
 //
-// The table view paints what its GridModel (ui/core) says: the group-by box,
+// The table view paints what its GridModel (grid/) says: the group-by box,
 // the header, the filter row, the rows (data, group and group footer rows),
 // the footer with the grand summaries. Rows are painted by the view itself,
 // only those on screen, all of one height; no widget per row. The strips
@@ -15,7 +15,7 @@
 // edit buffer through DataSet::setFieldValue and are posted when the focus
 // leaves the row.
 
-#include "ui/core/u_gridmodel.h"
+#include "grid/u_gridmodel.h"
 #include "ui/u_gridnavigator.h"
 #include "ui/u_gridstylesheet.h"
 
@@ -49,7 +49,7 @@ public:
     explicit GridTableView(QWidget *parent = nullptr);
     ~GridTableView() override;
 
-    GridModel *model() const { return m_model; }
+    grid::GridModel *model() const { return m_model; }
     void setDataSet(db::DataSet *ds);
     db::DataSet *dataSet() const;
 
@@ -188,7 +188,7 @@ private:
     void onDataSetState();
     int firstColumnX() const;             // viewport x of the first visible column's left edge
 
-    GridModel *m_model = nullptr;
+    grid::GridModel *m_model = nullptr;
     GridGroupByBox *m_groupBox = nullptr;
     GridHeader *m_header = nullptr;
     GridFilterRow *m_filterRow = nullptr;

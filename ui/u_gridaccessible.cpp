@@ -74,8 +74,8 @@ public:
     explicit GridAccessibleTable(GridTableView *view) : QAccessibleWidget(view, QAccessible::Table), m_view(view)
     {
         auto drop = [this] { clearCells(); };
-        m_conns << QObject::connect(view->model(), &GridModel::rowsChanged, view, drop);
-        m_conns << QObject::connect(view->model(), &GridModel::columnsChanged, view, drop);
+        m_conns << QObject::connect(view->model(), &grid::GridModel::rowsChanged, view, drop);
+        m_conns << QObject::connect(view->model(), &grid::GridModel::columnsChanged, view, drop);
     }
     ~GridAccessibleTable() override
     {
@@ -220,7 +220,7 @@ bool GridAccessibleCell::isValid() const
 {
     if (!m_view)
         return false;
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     return m_col >= 0 && m_col < m->visibleColumns().size() && m_row < m_view->totalRows();
 }
 
@@ -337,8 +337,8 @@ public:
     {
         if (m_view) {
             auto drop = [this] { clearCells(); };
-            m_conns << QObject::connect(m_view->model(), &GridModel::columnsChanged, footer, drop);
-            m_conns << QObject::connect(m_view->model(), &GridModel::summariesChanged, footer, drop);
+            m_conns << QObject::connect(m_view->model(), &grid::GridModel::columnsChanged, footer, drop);
+            m_conns << QObject::connect(m_view->model(), &grid::GridModel::summariesChanged, footer, drop);
         }
     }
     ~GridAccessibleFooter() override

@@ -16,8 +16,8 @@ int GridTableView::bestFitWidth(int col) const
         return 0;
     const QFontMetrics hfm(*resolvedStyle(GridElement::Header).font);
     int w = hfm.horizontalAdvance(m_model->column(col).headerText()) + 22; // room for the sort mark
-    const ColumnKind kind = m_model->columnKind(col);
-    if (kind == ColumnKind::Bool)
+    const grid::ColumnKind kind = m_model->columnKind(col);
+    if (kind == grid::ColumnKind::Bool)
         return std::max(w, 24);
     const QFontMetrics cfm(*resolvedStyle(GridElement::Content).font);
     const QFontMetrics ffm(*resolvedStyle(GridElement::Footer).font);
@@ -33,14 +33,14 @@ int GridTableView::bestFitWidth(int col) const
     }
     for (qsizetype r = from; r < to; ++r) {
         switch (m_model->rowKind(r)) {
-        case RowKind::Data: w = std::max(w, cfm.horizontalAdvance(m_model->cellText(r, col)) + textRoom); break;
-        case RowKind::GroupFooter: {
+        case grid::RowKind::Data: w = std::max(w, cfm.horizontalAdvance(m_model->cellText(r, col)) + textRoom); break;
+        case grid::RowKind::GroupFooter: {
             const QString t = m_model->groupFooterTextForColumn(r, col);
             if (!t.isEmpty())
                 w = std::max(w, ffm.horizontalAdvance(QString(t).replace(QLatin1Char('\n'), QLatin1String("; "))) + textRoom);
             break;
         }
-        case RowKind::Group: break;
+        case grid::RowKind::Group: break;
         }
     }
     for (const QString &line : m_model->footerTextForColumn(col).split(QLatin1Char('\n')))
@@ -65,7 +65,7 @@ QMenu *GridTableView::createHeaderMenu(int col, QWidget *parent)
     auto *menu = new QMenu(parent ? parent : this);
     menu->setObjectName(QStringLiteral("cxGridPopupMenu1"));
     const bool hasCol = col >= 0 && col < m_model->columnCount();
-    const SortOrder order = hasCol ? m_model->column(col).sortOrder : SortOrder::None;
+    const grid::SortOrder order = hasCol ? m_model->column(col).sortOrder : grid::SortOrder::None;
     const bool grouped = hasCol && m_model->column(col).groupIndex >= 0;
 
     auto add = [&](QMenu *m, const char *name, const QString &text, bool enabled, auto &&fn) {
@@ -76,15 +76,15 @@ QMenu *GridTableView::createHeaderMenu(int col, QWidget *parent)
         return a;
     };
     QAction *a = add(menu, "actSortAsc", QStringLiteral("Sortare crescatoare"), hasCol,
-                     [this, col](bool) { m_model->setSortOrder(col, SortOrder::Ascending, m_model->column(col).sortIndex >= 0); });
+                     [this, col](bool) { m_model->setSortOrder(col, grid::SortOrder::Ascending, m_model->column(col).sortIndex >= 0); });
     a->setCheckable(true);
-    a->setChecked(order == SortOrder::Ascending);
+    a->setChecked(order == grid::SortOrder::Ascending);
     a = add(menu, "actSortDesc", QStringLiteral("Sortare descrescatoare"), hasCol,
-            [this, col](bool) { m_model->setSortOrder(col, SortOrder::Descending, m_model->column(col).sortIndex >= 0); });
+            [this, col](bool) { m_model->setSortOrder(col, grid::SortOrder::Descending, m_model->column(col).sortIndex >= 0); });
     a->setCheckable(true);
-    a->setChecked(order == SortOrder::Descending);
-    add(menu, "actClearSort", QStringLiteral("Fara sortare"), hasCol && order != SortOrder::None,
-        [this, col](bool) { m_model->setSortOrder(col, SortOrder::None, true); });
+    a->setChecked(order == grid::SortOrder::Descending);
+    add(menu, "actClearSort", QStringLiteral("Fara sortare"), hasCol && order != grid::SortOrder::None,
+        [this, col](bool) { m_model->setSortOrder(col, grid::SortOrder::None, true); });
     menu->addSeparator();
     a = add(menu, "actGroupBy", QStringLiteral("Grupeaza dupa aceasta coloana"), hasCol, [this, col](bool checked) {
         if (checked)

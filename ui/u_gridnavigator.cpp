@@ -48,15 +48,15 @@ GridNavigator::GridNavigator(GridTableView *view, QWidget *parent) : QWidget(par
     lay->addWidget(m_info);
     lay->addStretch(1);
 
-    GridModel *m = view->model();
-    connect(m, &GridModel::rowsChanged, this, &GridNavigator::refresh);
-    connect(m, &GridModel::focusChanged, this, &GridNavigator::refresh);
+    grid::GridModel *m = view->model();
+    connect(m, &grid::GridModel::rowsChanged, this, &GridNavigator::refresh);
+    connect(m, &grid::GridModel::focusChanged, this, &GridNavigator::refresh);
     refresh();
 }
 
 QString GridNavigator::infoText() const
 {
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     return QStringLiteral("Inregistrarea %1 din %2").arg(m->recordNumber()).arg(m->recordCount());
 }
 
@@ -65,12 +65,12 @@ void GridNavigator::refresh()
     const QString text = infoText();
     m_info->setText(text);
     m_info->setAccessibleName(text);
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     const qsizetype n = m->recordNumber();
     const qsizetype count = m->recordCount();
     const qsizetype focus = m->focusedRow();
     // On a group row the moves lead into the group's records.
-    const bool onRecord = focus >= 0 && m->rowKind(focus) == RowKind::Data;
+    const bool onRecord = focus >= 0 && m->rowKind(focus) == grid::RowKind::Data;
     auto en = [this](Button b, bool on) { m_buttons[b]->setEnabled(on && !m_disabled.contains(b)); };
     en(First, count > 0 && (n != 1 || !onRecord));
     en(Prior, count > 0 && n != 1);
@@ -96,7 +96,7 @@ void GridNavigator::setButtonEnabled(Button b, bool v)
 
 void GridNavigator::press(Button b)
 {
-    GridModel *m = m_view->model();
+    grid::GridModel *m = m_view->model();
     db::DataSet *ds = m_view->dataSet();
     m_view->commitEdit();
     guarded([&] {

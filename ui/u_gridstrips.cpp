@@ -22,14 +22,14 @@ namespace {
 
 const QColor kLine(0x90, 0x90, 0x90);
 
-void drawSortMark(QPainter &p, const QRect &r, SortOrder order, const QColor &c)
+void drawSortMark(QPainter &p, const QRect &r, grid::SortOrder order, const QColor &c)
 {
-    if (order == SortOrder::None)
+    if (order == grid::SortOrder::None)
         return;
     const int cx = r.right() - 7;
     const int cy = r.center().y();
     QPainterPath path;
-    if (order == SortOrder::Ascending) {
+    if (order == grid::SortOrder::Ascending) {
         path.moveTo(cx - 4, cy + 2);
         path.lineTo(cx + 4, cy + 2);
         path.lineTo(cx, cy - 3);
@@ -48,7 +48,7 @@ void drawSortMark(QPainter &p, const QRect &r, SortOrder order, const QColor &c)
 }
 
 // A header-like button: its caption, its sort mark.
-void drawHeaderCell(QPainter &p, const QRect &r, const QString &text, SortOrder order, const CellStyle &st,
+void drawHeaderCell(QPainter &p, const QRect &r, const QString &text, grid::SortOrder order, const CellStyle &st,
                     bool raised)
 {
     p.fillRect(r, *st.color);
@@ -62,7 +62,7 @@ void drawHeaderCell(QPainter &p, const QRect &r, const QString &text, SortOrder 
     }
     p.setFont(*st.font);
     p.setPen(*st.textColor);
-    const QRect tr = r.adjusted(4, 0, order == SortOrder::None ? -3 : -15, 0);
+    const QRect tr = r.adjusted(4, 0, order == grid::SortOrder::None ? -3 : -15, 0);
     p.drawText(tr, Qt::AlignLeft | Qt::AlignVCenter, QFontMetrics(*st.font).elidedText(text, Qt::ElideRight, tr.width()));
     drawSortMark(p, r, order, *st.textColor);
 }
@@ -127,7 +127,7 @@ void GridGroupByBox::paintEvent(QPaintEvent *)
     p.fillRect(rect(), *st.color);
     p.setPen(kLine);
     p.drawLine(rect().bottomLeft(), rect().bottomRight());
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     const QList<int> groups = m->groupColumns();
     if (m_dropHint >= 0) {
         // the place the dragged caption would take
@@ -183,7 +183,7 @@ void GridGroupByBox::mouseReleaseEvent(QMouseEvent *e)
     m_pressLevel = -1;
     if (level < 0 || e->button() != Qt::LeftButton)
         return;
-    GridModel *m = m_view->model();
+    grid::GridModel *m = m_view->model();
     const QList<int> groups = m->groupColumns();
     if (level >= groups.size())
         return;
@@ -234,7 +234,7 @@ int GridHeader::edgeAt(int x) const
 
 int GridHeader::dropPositionAtX(int x) const
 {
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     for (int col : m->visibleColumns()) {
         const QRect r = sectionRect(col);
         if (x < r.center().x())
@@ -248,23 +248,23 @@ void GridHeader::paintEvent(QPaintEvent *)
     QPainter p(this);
     const CellStyle st = m_view->resolvedStyle(GridElement::Header);
     p.fillRect(rect(), *m_view->resolvedStyle(GridElement::Background).color);
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     const int indW = m_view->indicatorWidth();
     p.save();
     p.setClipRect(QRect(indW, 0, width() - indW, height()));
     // The indent over the group levels.
     const int indent = m_view->indentWidth();
     if (indent > 0)
-        drawHeaderCell(p, QRect(indW - m_view->horizontalScrollBar()->value(), 0, indent, height()), {}, SortOrder::None,
+        drawHeaderCell(p, QRect(indW - m_view->horizontalScrollBar()->value(), 0, indent, height()), {}, grid::SortOrder::None,
                        st, true);
     const QList<int> vis = m->visibleColumns();
     for (int col : vis) {
         const QRect r = sectionRect(col);
         if (r.right() < 0 || r.left() > width())
             continue;
-        const GridColumn &c = m->column(col);
+        const grid::GridColumn &c = m->column(col);
         drawHeaderCell(p, r, c.headerText(), c.sortOrder, st, true);
-        if (c.sortOrder != SortOrder::None && m->sortColumns().size() > 1) {
+        if (c.sortOrder != grid::SortOrder::None && m->sortColumns().size() > 1) {
             // The key's position when several columns sort.
             QFont f = *st.font;
             f.setPointSizeF(std::max(5.0, f.pointSizeF() * 0.75));
@@ -282,11 +282,11 @@ void GridHeader::paintEvent(QPaintEvent *)
         QRect r(0, 0, m_view->columnWidth(m_pressCol), height());
         r.moveCenter(QPoint(m_dragPos.x(), height() / 2));
         p.setOpacity(0.7);
-        drawHeaderCell(p, r, m->column(m_pressCol).headerText(), SortOrder::None, st, true);
+        drawHeaderCell(p, r, m->column(m_pressCol).headerText(), grid::SortOrder::None, st, true);
     }
     p.restore();
     if (indW > 0)
-        drawHeaderCell(p, QRect(0, 0, indW, height()), {}, SortOrder::None, m_view->resolvedStyle(GridElement::Indicator), true);
+        drawHeaderCell(p, QRect(0, 0, indW, height()), {}, grid::SortOrder::None, m_view->resolvedStyle(GridElement::Indicator), true);
 }
 
 void GridHeader::mousePressEvent(QMouseEvent *e)
@@ -343,7 +343,7 @@ void GridHeader::mouseReleaseEvent(QMouseEvent *e)
     }
     if (col < 0 || e->button() != Qt::LeftButton)
         return;
-    GridModel *m = m_view->model();
+    grid::GridModel *m = m_view->model();
     const QPoint pos = e->position().toPoint();
     guarded([&] {
         if (!dragging) {
@@ -423,7 +423,7 @@ GridFilterRow::GridFilterRow(GridTableView *view) : QWidget(view), m_view(view)
 
 QWidget *GridFilterRow::editor(int col) const
 {
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     if (col < 0 || col >= m->columnCount())
         return nullptr;
     return m_editors.value(m->column(col).fieldName.toLower());
@@ -431,13 +431,13 @@ QWidget *GridFilterRow::editor(int col) const
 
 void GridFilterRow::rebuild()
 {
-    GridModel *m = m_view->model();
+    grid::GridModel *m = m_view->model();
     QWidget *area = findChild<QWidget *>(QStringLiteral("filterArea"));
     QHash<QString, QWidget *> old = std::move(m_editors);
     m_editors.clear();
     for (int col : m->visibleColumns()) {
         const QString key = m->column(col).fieldName.toLower();
-        const bool isBool = m->columnKind(col) == ColumnKind::Bool;
+        const bool isBool = m->columnKind(col) == grid::ColumnKind::Bool;
         QWidget *w = old.take(key);
         if (w && (qobject_cast<QCheckBox *>(w) != nullptr) != isBool) {
             delete w;
@@ -452,13 +452,13 @@ void GridFilterRow::rebuild()
                 connect(cb, &QCheckBox::stateChanged, this, [this, field](int s) {
                     if (m_syncing)
                         return;
-                    GridModel *gm = m_view->model();
+                    grid::GridModel *gm = m_view->model();
                     const int c = gm->columnIndex(field);
                     if (c >= 0)
                         guarded([&] {
-                            gm->setBoolFilter(c, s == Qt::Checked     ? BoolFilter::True
-                                                 : s == Qt::Unchecked ? BoolFilter::False
-                                                                      : BoolFilter::Any);
+                            gm->setBoolFilter(c, s == Qt::Checked     ? grid::BoolFilter::True
+                                                 : s == Qt::Unchecked ? grid::BoolFilter::False
+                                                                      : grid::BoolFilter::Any);
                         });
                 });
                 w = cb;
@@ -496,7 +496,7 @@ void GridFilterRow::layoutEditors()
         m_clear->setGeometry(width() - btn, 0, btn, height());
         area->setGeometry(0, 0, std::max(0, width() - btn), height());
     }
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     const CellStyle st = m_view->resolvedStyle(GridElement::FilterBox);
     for (auto it = m_editors.cbegin(); it != m_editors.cend(); ++it) {
         const int col = m->columnIndex(it.key());
@@ -517,7 +517,7 @@ void GridFilterRow::layoutEditors()
 
 void GridFilterRow::syncFromModel()
 {
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     m_syncing = true;
     for (auto it = m_editors.cbegin(); it != m_editors.cend(); ++it) {
         const int col = m->columnIndex(it.key());
@@ -527,8 +527,8 @@ void GridFilterRow::syncFromModel()
             if (le->text() != m->column(col).filterText)
                 le->setText(m->column(col).filterText);
         } else if (auto *cb = qobject_cast<QCheckBox *>(it.value())) {
-            const BoolFilter f = m->boolFilter(col);
-            cb->setCheckState(f == BoolFilter::True ? Qt::Checked : f == BoolFilter::False ? Qt::Unchecked : Qt::PartiallyChecked);
+            const grid::BoolFilter f = m->boolFilter(col);
+            cb->setCheckState(f == grid::BoolFilter::True ? Qt::Checked : f == grid::BoolFilter::False ? Qt::Unchecked : Qt::PartiallyChecked);
         }
     }
     m_syncing = false;
@@ -539,7 +539,7 @@ void GridFilterRow::applyPending()
 {
     m_timer.stop();
     const QHash<QString, QString> pending = std::exchange(m_pending, {});
-    GridModel *m = m_view->model();
+    grid::GridModel *m = m_view->model();
     for (auto it = pending.cbegin(); it != pending.cend(); ++it) {
         const int col = m->columnIndex(it.key());
         if (col >= 0)
@@ -555,7 +555,7 @@ void GridFilterRow::paintEvent(QPaintEvent *)
     p.fillRect(rect(), *st.color);
     p.setPen(kLine);
     p.drawLine(rect().bottomLeft(), rect().bottomRight());
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     for (int col : m->visibleColumns()) {
         const int x = m_view->columnLeft(col) + m_view->columnWidth(col) - 1;
         p.drawLine(x, 0, x, height());
@@ -574,7 +574,7 @@ GridFooter::GridFooter(GridTableView *view) : QWidget(view), m_view(view)
 
 int GridFooter::preferredHeight() const
 {
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     int lines = 1;
     for (int col : m->visibleColumns())
         lines = std::max(lines, int(m->footerTextForColumn(col).count(QLatin1Char('\n'))) + 1);
@@ -589,7 +589,7 @@ void GridFooter::paintEvent(QPaintEvent *)
     p.fillRect(rect(), *st.color);
     p.setPen(kLine);
     p.drawLine(rect().topLeft(), rect().topRight());
-    const GridModel *m = m_view->model();
+    const grid::GridModel *m = m_view->model();
     if (m->isRebuilding())
         return; // the sums come with the rebuild's end
     const int indW = m_view->indicatorWidth();
@@ -606,7 +606,7 @@ void GridFooter::paintEvent(QPaintEvent *)
         p.setPen(kLine);
         p.drawRect(r.adjusted(1, 2, -2, -3));
         p.setPen(*st.textColor);
-        const Qt::Alignment a = (m->columnKind(col) == ColumnKind::Number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+        const Qt::Alignment a = (m->columnKind(col) == grid::ColumnKind::Number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
         p.drawText(r.adjusted(4, 2, -5, -3), a, t);
     }
     p.setClipping(false);

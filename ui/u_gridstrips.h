@@ -3,7 +3,7 @@
 // the header, the filter row and the footer. Each one is a child of the view,
 // as wide as the row area, and follows the view's horizontal scroll.
 
-#include "ui/core/u_gridmodel.h"
+#include "grid/u_gridmodel.h"
 
 #include <QHash>
 #include <QPointer>

@@ -12,7 +12,7 @@
 
 #include "bench/common/u_benchpsql.h"
 #include "db/u_error.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -2,8 +2,8 @@
 // the CSV and .xlsx exports, each against a plain baseline measured in the same run.
 
 #include "bench/grid/u_benchgrid.h"
-#include "ui/core/u_gridexport.h"
-#include "ui/core/u_gridmodel_p.h"
+#include "grid/u_gridexport.h"
+#include "grid/u_gridmodel_p.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,7 +18,7 @@
 #include <string_view>
 #include <unordered_map>
 
-using namespace ui;
+using namespace grid;
 
 namespace {
 

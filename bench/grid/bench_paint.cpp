@@ -18,6 +18,7 @@
 #include <ctime>
 #include <vector>
 
+using namespace grid;
 using namespace ui;
 
 namespace {

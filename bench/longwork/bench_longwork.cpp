@@ -21,7 +21,7 @@
 #include "bench/common/u_benchpsql.h"
 #include "db/u_error.h"
 #include "reports/common/u_reportform.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 #include "session/u_dmQuarv.h"
 #include "ui/u_dateedit.h"
 #include "ui/u_filedialog.h"

@@ -46,7 +46,7 @@
 #include "bench/common/u_benchpsql.h"
 #include "session/u_dmQuarv.h"
 #include "reports/common/u_frmConts_select.h"
-#include "reports/core/u_reportrun.h"
+#include "analyses/u_reportrun.h"
 #include "reports/u_frmAnalizaContabilaDetaliata.h"
 #include "reports/u_frmAnalizaRegistruJurnal.h"
 #include "reports/u_frmAnaliza_Profitabilitate.h"
@@ -308,7 +308,7 @@ struct PlainSheet {
 // rows in display order) copied out of the form's query.
 PlainSheet gridCells(const TReportForm *f)
 {
-    const ui::GridModel &g = *f->gridModel();
+    const grid::GridModel &g = *f->gridModel();
     const db::DataSet &ds = *f->query();
     PlainSheet s;
     std::vector<int> fields;
@@ -317,7 +317,7 @@ PlainSheet gridCells(const TReportForm *f)
         fields.push_back(g.columnField(col));
     }
     for (qsizetype r = 0; r < g.rowCount(); ++r) {
-        if (g.rowKind(r) != ui::RowKind::Data)
+        if (g.rowKind(r) != grid::RowKind::Data)
             continue;
         const qsizetype row = g.dataRow(r);
         ++s.rows;
@@ -420,7 +420,7 @@ void shot(QWidget *w, const QString &dir, const char *file)
 
 // Groups the grid by `field` with every group closed but the smallest, so
 // that its rows and every group footer show.
-void groupForShot(ui::GridModel *g, const QString &field)
+void groupForShot(grid::GridModel *g, const QString &field)
 {
     const int col = g->columnIndex(field);
     if (col < 0) {
@@ -431,7 +431,7 @@ void groupForShot(ui::GridModel *g, const QString &field)
     g->collapseAll();
     qsizetype smallest = -1;
     for (qsizetype r = 0; r < g->rowCount(); ++r)
-        if (g->rowKind(r) == ui::RowKind::Group
+        if (g->rowKind(r) == grid::RowKind::Group
             && (smallest < 0 || g->groupInfo(r).rowCount < g->groupInfo(smallest).rowCount))
             smallest = r;
     if (smallest >= 0)
@@ -441,7 +441,7 @@ void groupForShot(ui::GridModel *g, const QString &field)
 // Wide enough for the grid's columns up to and including `field`.
 void widenTo(TReportForm *f, const QString &field)
 {
-    const ui::GridModel *g = f->gridModel();
+    const grid::GridModel *g = f->gridModel();
     int width = 120; // the indicator, a group level's indent, the scroll bar, the frame
     for (int col : g->visibleColumns()) {
         width += g->column(col).width;
@@ -453,7 +453,7 @@ void widenTo(TReportForm *f, const QString &field)
 }
 
 // Back to the query's rows in the query's order (grouping sorts by the group).
-void ungroup(ui::GridModel *g)
+void ungroup(grid::GridModel *g)
 {
     g->clearGrouping();
     g->clearSorting();

@@ -4,7 +4,7 @@
 // report sheet, no footer) and one "OK" button.
 
 #include "db/u_query.h"
-#include "ui/core/u_gridmodel.h"
+#include "grid/u_gridmodel.h"
 
 #include <QDialog>
 
@@ -21,7 +21,7 @@ public:
     QString chosen(const QString &field) const;
 
     db::Query *pickerQuery() const { return m_query; }
-    ui::GridModel *gridModel() const { return m_model; }
+    grid::GridModel *gridModel() const { return m_model; }
     ui::Grid *grid() const { return m_grid; }
     QPushButton *btnOK = nullptr;
 
@@ -35,6 +35,6 @@ protected:
 
 private:
     db::Query *m_query = nullptr;
-    ui::GridModel *m_model = nullptr;
+    grid::GridModel *m_model = nullptr;
     ui::Grid *m_grid = nullptr;
 };

@@ -1,9 +1,9 @@
 #include "reports/common/u_frmGridStyle.h"
 
 #include "session/u_dmQuarv.h"
-#include "ui/core/u_platform.h"
-#include "reports/core/u_stylestore.h"
-#include "ui/core/u_gridlayout.h"
+#include "analyses/u_platform.h"
+#include "analyses/u_stylestore.h"
+#include "grid/u_gridlayout.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
 #include "ui/u_waitcursor.h"
@@ -47,7 +47,7 @@ QString TfrmGridStyle::sql()
 
 QString TfrmGridStyle::layoutFilePath()
 {
-    return ui::platform::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), QStringLiteral("\\grid.ini"));
+    return platform::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), QStringLiteral("\\grid.ini"));
 }
 
 TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
@@ -94,7 +94,7 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
     cxGrid1->setObjectName(QStringLiteral("cxGrid1"));
     cxGrid1DBTableView1 = cxGrid1->view();
     cxGrid1DBTableView1->setObjectName(QStringLiteral("cxGrid1DBTableView1"));
-    ui::GridModel *m = cxGrid1DBTableView1->model();
+    grid::GridModel *m = cxGrid1DBTableView1->model();
     m->addColumn(QStringLiteral("style_name"), {}, 200);
     m->addColumn(QStringLiteral("data_creare"), {}, 110);
     m->addColumn(QStringLiteral("emitent"), {}, 120);
@@ -152,7 +152,7 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
 
 TfrmGridStyle::~TfrmGridStyle() = default;
 
-ui::GridModel *TfrmGridStyle::stylesModel() const
+grid::GridModel *TfrmGridStyle::stylesModel() const
 {
     return cxGrid1DBTableView1->model();
 }
@@ -222,7 +222,7 @@ void TfrmGridStyle::setFilterIndex(int index)
 
 void TfrmGridStyle::rgFiltruClick()
 {
-    ui::GridModel *m = stylesModel();
+    grid::GridModel *m = stylesModel();
     m->clearProgramFilter();
     switch (filterIndex()) {
     case 0:
@@ -243,7 +243,7 @@ void TfrmGridStyle::rgFiltruClick()
 
 namespace {
 
-ui::GridModel &requireTarget(const QPointer<ui::GridModel> &v)
+grid::GridModel &requireTarget(const QPointer<grid::GridModel> &v)
 {
     if (!v)
         throw QuarvError(QStringLiteral("Nu este ales niciun grid: deschideti acest formular din butonul raportului."));
@@ -255,11 +255,11 @@ ui::GridModel &requireTarget(const QPointer<ui::GridModel> &v)
 void TfrmGridStyle::btnSalveazaClick()
 {
     const QString path = layoutFilePath();
-    ui::GridModel &target = requireTarget(targetModel);
+    grid::GridModel &target = requireTarget(targetModel);
     if (!ds_style->isActive())
         FormShow();
     ui::WaitCursor busy;
-    ui::saveGridLayoutToFile(target, path);
+    grid::saveGridLayoutToFile(target, path);
     QFile f(path);
     if (!f.open(QIODevice::ReadOnly))
         throw QuarvError(QStringLiteral("Nu se poate citi fisierul %1: %2").arg(path, f.errorString()));
@@ -276,7 +276,7 @@ void TfrmGridStyle::btnSalveazaClick()
 void TfrmGridStyle::btnRestaureazaClick()
 {
     const QString path = layoutFilePath();
-    ui::GridModel &target = requireTarget(targetModel);
+    grid::GridModel &target = requireTarget(targetModel);
     const QVariant v = ds_style->isActive() ? ds_style->fieldValue(QStringLiteral("grid_style_bytea")) : QVariant();
     QSaveFile f(path);
     if (!f.open(QIODevice::WriteOnly))
@@ -288,5 +288,5 @@ void TfrmGridStyle::btnRestaureazaClick()
     ui::WaitCursor busy;
     // An empty layout keeps the view as it is; a damaged one is refused whole
     // with a text naming what is wrong, and the view stays as it was.
-    ui::restoreGridLayoutFromFile(target, path);
+    grid::restoreGridLayoutFromFile(target, path);
 }

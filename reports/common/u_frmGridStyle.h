@@ -6,7 +6,7 @@
 // style may change or delete it; every style is restorable.
 
 #include "db/u_query.h"
-#include "ui/core/u_gridmodel.h"
+#include "grid/u_gridmodel.h"
 
 #include <QDialog>
 #include <QPointer>
@@ -27,13 +27,13 @@ public:
 
     // Set by the caller before showing.
     QString styleKey;                  // grid_name listed and stamped on new rows
-    QPointer<ui::GridModel> targetModel; // the report grid's model
+    QPointer<grid::GridModel> targetModel; // the report grid's model
 
     // Components.
     db::Query *ds_style = nullptr;     // editable over grid_style, deferred blobs
     ui::Grid *cxGrid1 = nullptr;
     ui::GridTableView *cxGrid1DBTableView1 = nullptr; // the styles list
-    ui::GridModel *stylesModel() const;                // the list grid's model
+    grid::GridModel *stylesModel() const;                // the list grid's model
     ui::GridNavigator *navigator() const;              // Post hidden and disabled
     QLabel *lblGrid = nullptr;         // "Grid"
     QLabel *lblGridName = nullptr;     // the style key

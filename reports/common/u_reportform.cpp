@@ -3,10 +3,10 @@
 #include "db/u_busy.h"
 #include "reports/common/u_frmGridStyle.h"
 #include "reports/common/u_wrapbutton.h"
-#include "reports/core/u_reportexport.h"
-#include "reports/core/u_reportrun.h"
+#include "analyses/u_reportexport.h"
+#include "analyses/u_reportrun.h"
 #include "session/u_dmQuarv.h"
-#include "ui/core/u_platform.h"
+#include "analyses/u_platform.h"
 #include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
 #include "ui/u_filedialog.h"
@@ -365,7 +365,7 @@ void TReportForm::runCustomStep(const QString &name)
 
 QString TReportForm::proposedFileName(const QString &fileName) const
 {
-    return ui::platform::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), fileName);
+    return platform::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), fileName);
 }
 
 void TReportForm::exportKind(rep::ExportKind kind)
@@ -397,7 +397,7 @@ void TReportForm::doExport(const rep::ExportDesc &e)
         setStatusText(QString());
     try {
         ui::ProgressWatch progress(this);
-        rep::ReportExport(e.kind, file, ui::platform::listSeparator()).write(*m_model, *m_query);
+        rep::ReportExport(e.kind, file, platform::listSeparator()).write(*m_model, *m_query);
     } catch (const db::busy::Cancelled &) {
         return; // stopped: no file, and nothing to say
     }

@@ -12,10 +12,10 @@
 // Handlers that throw (Cauta, exportKind, ...) are what tests call
 // directly; the buttons run them under the default error report.
 
-#include "reports/core/u_reportdesc.h"
+#include "analyses/u_reportdesc.h"
 
 #include "db/u_query.h"
-#include "ui/core/u_gridmodel.h"
+#include "grid/u_gridmodel.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -58,7 +58,7 @@ public:
     db::Query *ownDataList() const { return m_ownDataList; }  // nullptr unless the form has one
     ui::Grid *grid() const { return m_grid; }                 // "cxGrid1"
     ui::GridTableView *gridView() const { return m_gridView; } // "cxGrid1DBTableView1"
-    ui::GridModel *gridModel() const { return m_model; }      // the grid's model (rows, sums, layout)
+    grid::GridModel *gridModel() const { return m_model; }      // the grid's model (rows, sums, layout)
     QStatusBar *statusBar() const { return m_statusBar; }     // "StatusBar1" or nullptr
     QString statusText() const;                                // "" without a status bar
     void setStatusText(const QString &text);
@@ -73,7 +73,7 @@ public:
     // ----- exports; nothing happens when the dialog is cancelled. A long
     // export shows its progress; stopped, it leaves no file.
     void exportKind(rep::ExportKind kind);
-    // caleDocumente + the export's file name (backslash rule of ui::platform::documentsFile).
+    // caleDocumente + the export's file name (backslash rule of platform::documentsFile).
     QString proposedFileName(const QString &fileName) const;
 
     // ----- style button: retarget the one style manager and show it modelessly.
@@ -111,6 +111,6 @@ private:
     db::Query *m_ownDataList = nullptr;
     ui::Grid *m_grid = nullptr;
     ui::GridTableView *m_gridView = nullptr;
-    ui::GridModel *m_model = nullptr;
+    grid::GridModel *m_model = nullptr;
     QStatusBar *m_statusBar = nullptr;
 };

@@ -16,7 +16,7 @@
 #include "tests/support/u_pgtestserver.h"
 #include "ui/u_dbcontrols.h"
 #include "ui/u_messages.h"
-#include "ui/core/u_platform.h"
+#include "analyses/u_platform.h"
 
 #include <QFile>
 #include <QGroupBox>
@@ -115,7 +115,7 @@ private slots:
     {
         QVERIFY(m_docs.isValid());
         m_msg = new ui::ScopedRecordingMessages;
-        ui::platform::setDocumentsFolderOverride(m_docs.path());
+        platform::setDocumentsFolderOverride(m_docs.path());
         m_pg = &PgTestServer::instance();
         createForms();
         menu()->show();

@@ -6,11 +6,11 @@
 #include "db/u_connection.h"
 #include "db/u_query.h"
 #include "db/u_textmover.h"
-#include "reports/core/u_reports.h"
+#include "analyses/u_reports.h"
 #include "tests/support/u_pgtestserver.h"
 #include "tests/support/u_testfiles.h"
-#include "ui/core/u_gridlayout.h"
-#include "ui/core/u_gridmodel.h"
+#include "grid/u_gridlayout.h"
+#include "grid/u_gridmodel.h"
 
 #include <QDir>
 #include <QFile>
@@ -218,11 +218,11 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
     {
         // A layout of the register: only conts_db 627, explicatie hidden.
         const rep::ReportDesc d = rep::AnalizaRegistruJurnal::description();
-        ui::GridModel m;
+        grid::GridModel m;
         rep::setUpGrid(d, m);
         m.setFilterText(m.columnIndex(QStringLiteral("conts_db")), QStringLiteral("627"));
         m.setColumnVisible(m.columnIndex(QStringLiteral("explicatie")), false);
-        const QByteArray layout = ui::saveGridLayout(m);
+        const QByteArray layout = grid::saveGridLayout(m);
         m_pg->exec(QStringLiteral("insert into grid_style (grid_name, style_name, data_creare, emitent, grid_style_bytea) "
                                   "values ('QUARV AnalizaRegJurnal', 'Doar banca', '2024-04-01', 'ALTUL', decode('%1', 'hex'))")
                        .arg(QString::fromLatin1(layout.toHex())));

@@ -9,7 +9,7 @@
 #include "reports/common/u_frmGridStyle.h"
 #include "reports/common/u_reportform.h"
 #include "tests/support/u_pgtestserver.h"
-#include "ui/core/u_gridlayout.h"
+#include "grid/u_gridlayout.h"
 #include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
 #include "ui/u_filedialog.h"
@@ -17,7 +17,7 @@
 #include "ui/u_gridstrips.h"
 #include "ui/u_messages.h"
 #include "ui/u_progress.h"
-#include "ui/core/u_platform.h"
+#include "analyses/u_platform.h"
 
 #include <QFile>
 #include <cmath>
@@ -61,7 +61,7 @@ rep::ReportDesc testDesc(const QString &name, const QString &key)
                  {QStringLiteral("den"), QStringLiteral("Denumire"), 150},
                  {QStringLiteral("suma"), QStringLiteral("Suma"), 80, true, QStringLiteral("0.00")},
                  {QStringLiteral("zi"), QStringLiteral("Zi"), 80}};
-    d.footerSummaries = {{QStringLiteral("suma"), ui::SummaryKind::Sum, QStringLiteral("0.00")}};
+    d.footerSummaries = {{QStringLiteral("suma"), grid::SummaryKind::Sum, QStringLiteral("0.00")}};
     d.groupSummaries = d.footerSummaries;
     d.styleKey = key;
     d.steps = {rep::RunStep::checkPeriodFilled(kNoPeriod), rep::RunStep::closeQuery(), rep::RunStep::setParams(),
@@ -127,7 +127,7 @@ private slots:
         dmQuarv->pgConn->open();
         dmQuarv->emitent = QStringLiteral("E1");
         dmQuarv->caleDocumente = m_docs.path();
-        ui::platform::setListSeparatorOverride(QChar(u';'));
+        platform::setListSeparatorOverride(QChar(u';'));
         m_pg->exec(QStringLiteral(
             "create table frame_fix (cod varchar(10), den varchar(50), suma double precision, zi date);"
             "insert into frame_fix values ('A1', 'Alfa', 10.5, '2024-01-20'), ('B2', 'Beta \"b\"', 20, '2024-02-01'),"
@@ -141,7 +141,7 @@ private slots:
         frmGridStyle = nullptr;
         delete dmQuarv;
         dmQuarv = nullptr;
-        ui::platform::setListSeparatorOverride(std::nullopt);
+        platform::setListSeparatorOverride(std::nullopt);
         delete m_msg;
     }
 
@@ -299,7 +299,7 @@ private slots:
 
         setPeriod(f, QDate(2024, 1, 1), QDate(2024, 4, 30));
         f.Cauta();
-        ui::GridModel *v = f.gridModel();
+        grid::GridModel *v = f.gridModel();
         // A desktop that lists with ";" writes decimal commas: both CSVs follow it.
         v->setLocale(QLocale(QLocale::Romanian, QLocale::Romania));
         v->setFilterText(v->columnIndex(QStringLiteral("suma")), QStringLiteral(">15"));
@@ -405,7 +405,7 @@ private slots:
         f.exportButton(rep::ExportKind::GridText)->click();
         QCOMPARE(dlg.askedNames.last(), QStringLiteral("/Proba.csv"));
         dmQuarv->caleDocumente = dir;
-        QCOMPARE(ui::platform::documentsFile(QStringLiteral("X:"), QStringLiteral("\\a.csv")), QStringLiteral("X:/a.csv"));
+        QCOMPARE(platform::documentsFile(QStringLiteral("X:"), QStringLiteral("\\a.csv")), QStringLiteral("X:/a.csv"));
     }
 
     // Layouts through grid_style: two reports, restore, retarget, un-retire.
@@ -416,14 +416,14 @@ private slots:
         Form f2(testDesc(QStringLiteral("frmProba2"), QStringLiteral("QUARV Proba2")));
         setPeriod(f1, QDate(2024, 1, 1), QDate(2024, 4, 30));
         f1.Cauta();
-        ui::GridModel *v1 = f1.gridModel();
+        grid::GridModel *v1 = f1.gridModel();
         v1->moveColumn(3, 0);
         v1->setColumnWidth(1, 133);
         v1->groupByColumn(v1->columnIndex(QStringLiteral("den")));
-        v1->setSortOrder(v1->columnIndex(QStringLiteral("cod")), ui::SortOrder::Descending);
+        v1->setSortOrder(v1->columnIndex(QStringLiteral("cod")), grid::SortOrder::Descending);
         v1->setFilterText(v1->columnIndex(QStringLiteral("cod")), QStringLiteral("a"));
-        v1->setFooterSummaries({{QStringLiteral("suma"), ui::SummaryKind::Count}});
-        const QByteArray saved = ui::saveGridLayout(*v1);
+        v1->setFooterSummaries({{QStringLiteral("suma"), grid::SummaryKind::Count}});
+        const QByteArray saved = grid::saveGridLayout(*v1);
 
         f1.styleButton()->click();
         TfrmGridStyle *gs = frmGridStyle;
@@ -456,7 +456,7 @@ private slots:
         v1->setFooterSummaries({});
         gs->btnRestaureaza->click();
         QVERIFY(m_msg->errors.isEmpty());
-        QCOMPARE(ui::saveGridLayout(*v1), saved);
+        QCOMPARE(grid::saveGridLayout(*v1), saved);
         QVERIFY(!QGuiApplication::overrideCursor());
 
         // Retargeted while open: the other key, the other list.
@@ -481,7 +481,7 @@ private slots:
         gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Vedere 1"));
         gs->btnSalveaza->click();
         QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 3);
-        const QByteArray plain = ui::saveGridLayout(*f2.gridModel());
+        const QByteArray plain = grid::saveGridLayout(*f2.gridModel());
 
         // Saving into a retired style makes it active again.
         m_pg->exec(QStringLiteral("update grid_style set discontinued = true"));
@@ -505,7 +505,7 @@ private slots:
         QCOMPARE(gs->stylesModel()->recordCount(), 3);
 
         // The other report's layout never came here.
-        QCOMPARE(ui::saveGridLayout(*f2.gridModel()), plain);
+        QCOMPARE(grid::saveGridLayout(*f2.gridModel()), plain);
         gs->close();
         QVERIFY(!gs->ds_style->isActive());
     }
@@ -521,7 +521,7 @@ private slots:
         f.styleButton()->click();
         TfrmGridStyle *gs = frmGridStyle;
         ui::GridTableView *view = gs->cxGrid1DBTableView1;
-        ui::GridModel *m = gs->stylesModel();
+        grid::GridModel *m = gs->stylesModel();
         const int name = m->columnIndex(QStringLiteral("style_name"));
         const int created = m->columnIndex(QStringLiteral("data_creare"));
         QCOMPARE(m->rowCount(), 2);
@@ -583,14 +583,14 @@ private slots:
     {
         m_pg->exec(QStringLiteral("delete from grid_style"));
         Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
-        ui::GridModel *v = f.gridModel();
-        const QByteArray before = ui::saveGridLayout(*v);
-        ui::GridModel other;
+        grid::GridModel *v = f.gridModel();
+        const QByteArray before = grid::saveGridLayout(*v);
+        grid::GridModel other;
         other.addColumn(QStringLiteral("den"), QStringLiteral("D"), 99);
         other.addColumn(QStringLiteral("cod"), QStringLiteral("C"), 44);
         m_pg->exec(QStringLiteral("insert into grid_style (grid_name, style_name, emitent, data_creare, grid_style_bytea)"
                                   " values ('QUARV Proba1', 'Altul', 'E2', '2024-01-01', decode('%1', 'hex'))")
-                       .arg(QString::fromLatin1(ui::saveGridLayout(other).toHex())));
+                       .arg(QString::fromLatin1(grid::saveGridLayout(other).toHex())));
         f.styleButton()->click();
         TfrmGridStyle *gs = frmGridStyle;
         QCOMPARE(gs->ds_style->rowCount(), 1);
@@ -616,7 +616,7 @@ private slots:
         QCOMPARE(v->column(0).width, 99);
 
         // Empty keeps the layout; garbage and a cut-off stream say so and change nothing.
-        const QByteArray good = ui::saveGridLayout(*v);
+        const QByteArray good = grid::saveGridLayout(*v);
         const QByteArray cut = good.left(good.indexOf("Width=") + 6) + "abc";
         for (const QByteArray &bad : {QByteArray(), QByteArray("nu este un format\x01\x02"), cut}) {
             m_msg->clear();
@@ -625,7 +625,7 @@ private slots:
             gs->FormShow();
             gs->btnRestaureaza->click();
             QCOMPARE(m_msg->errors.size(), bad.isEmpty() ? 0 : 1);
-            QCOMPARE(ui::saveGridLayout(*v), good);
+            QCOMPARE(grid::saveGridLayout(*v), good);
             QVERIFY(!QGuiApplication::overrideCursor());
         }
 
@@ -771,7 +771,7 @@ private slots:
 
         // Grouped, the focus on a group row: the record focused last is the choice.
         QTimer::singleShot(0, &p, [&p] {
-            ui::GridModel *v = p.gridModel();
+            grid::GridModel *v = p.gridModel();
             v->groupByColumn(0);
             v->expandAll();
             QVERIFY(v->focusDataRow(1)); // 411
@@ -779,7 +779,7 @@ private slots:
             p.btnOK->click();
         });
         QCOMPARE(p.pick(), int(QDialog::Accepted));
-        QCOMPARE(p.gridModel()->rowKind(p.gridModel()->focusedRow()), ui::RowKind::Group);
+        QCOMPARE(p.gridModel()->rowKind(p.gridModel()->focusedRow()), grid::RowKind::Group);
         QCOMPARE(p.chosen(QStringLiteral("conts")), QStringLiteral("411"));
         p.gridModel()->clearGrouping();
 

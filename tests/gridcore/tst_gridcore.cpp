@@ -6,10 +6,10 @@
 #include "db/u_textmover.h"
 #include "tests/gridcore/u_testdataset.h"
 #include "tests/support/u_testfiles.h"
-#include "ui/core/u_gridexport.h"
-#include "ui/core/u_gridformat.h"
-#include "ui/core/u_gridlayout.h"
-#include "ui/core/u_gridmodel.h"
+#include "grid/u_gridexport.h"
+#include "grid/u_gridformat.h"
+#include "grid/u_gridlayout.h"
+#include "grid/u_gridmodel.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -21,7 +21,7 @@
 
 #include <map>
 
-using namespace ui;
+using namespace grid;
 using db::FieldType;
 
 namespace {

@@ -12,7 +12,7 @@
 #include "ui/u_filedialog.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
-#include "ui/core/u_platform.h"
+#include "analyses/u_platform.h"
 
 #include <QFile>
 #include <QPushButton>
@@ -27,7 +27,7 @@ namespace {
 
 QDate d(const char *iso) { return QDate::fromString(QString::fromLatin1(iso), Qt::ISODate); }
 
-QStringList columnFields(ui::GridModel *m)
+QStringList columnFields(grid::GridModel *m)
 {
     QStringList l;
     for (int c = 0; c < m->columnCount(); ++c)
@@ -54,7 +54,7 @@ private slots:
     void initTestCase()
     {
         m_msg = new ui::ScopedRecordingMessages;
-        ui::platform::setListSeparatorOverride(QChar(u';'));
+        platform::setListSeparatorOverride(QChar(u';'));
         dmQuarv = new TdmQuarv;
         dmQuarv->caleDocumente = m_dir.path();
         PgTestServer::instance().configure(*dmQuarv->pgConn);
@@ -89,7 +89,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         delete frmAnalizaRegistruJurnal;
         delete frmConts_select;
         delete dmQuarv;
-        ui::platform::setListSeparatorOverride(std::nullopt);
+        platform::setListSeparatorOverride(std::nullopt);
         delete m_msg;
     }
 
@@ -122,7 +122,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QCOMPARE(to->date(), d("2024-03-10"));
         QCOMPARE(to->text(), QStringLiteral("10.03.2024"));
 
-        ui::GridModel *g = f->gridModel();
+        grid::GridModel *g = f->gridModel();
         QCOMPARE(columnFields(g),
                  QStringList({u"data_inregistrare"_s, u"data_doc"_s, u"tip_doc"_s, u"nr_doc"_s, u"conts_db"_s, u"conta_db"_s,
                               u"valoare_lei"_s, u"conts_cr"_s, u"conta_cr"_s, u"explicatie"_s, u"moneda_db"_s, u"val_mon_db"_s,
@@ -146,7 +146,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QCOMPARE(g->groupColumns().size(), 1);
         QStringList groupSums;
         for (qsizetype r = 0; r < g->rowCount(); ++r)
-            if (g->rowKind(r) == ui::RowKind::GroupFooter)
+            if (g->rowKind(r) == grid::RowKind::GroupFooter)
                 groupSums << g->groupInfo(r).valueText + u'=' + QString::number(g->groupSummaryValue(r, 0).toDouble());
         QCOMPARE(groupSums, QStringList({u"FACT=100"_s, u"OP=42.5"_s}));
         g->clearGrouping();
@@ -281,7 +281,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QCOMPARE(q->value(1, q->fieldIndex(QStringLiteral("tip_sold_final"))).toString(), QStringLiteral("DB"));
 
         // Grid: no filter row, footer or group footers; the issuer column reads "user".
-        ui::GridModel *g = f->gridModel();
+        grid::GridModel *g = f->gridModel();
         QVERIFY(!g->filterRowVisible() && !g->footerVisible() && !g->groupFootersVisible());
         QVERIFY(g->footerSummaries().isEmpty() && g->groupSummaries().isEmpty());
         QCOMPARE(columnFields(g),

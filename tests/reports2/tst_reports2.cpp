@@ -18,7 +18,7 @@
 #include "ui/u_filedialog.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
-#include "ui/core/u_platform.h"
+#include "analyses/u_platform.h"
 
 #include <QFile>
 #include <QGroupBox>
@@ -78,12 +78,12 @@ class TestReports2 : public QObject {
     }
     static QString cell(TReportForm *f, qsizetype row, const char *field)
     {
-        ui::GridModel *m = f->gridModel();
+        grid::GridModel *m = f->gridModel();
         return m->cellText(row, m->columnIndex(QString::fromLatin1(field)));
     }
     static QString footer(TReportForm *f, const char *field)
     {
-        ui::GridModel *m = f->gridModel();
+        grid::GridModel *m = f->gridModel();
         return m->footerTextForColumn(m->columnIndex(QString::fromLatin1(field)));
     }
 
@@ -92,7 +92,7 @@ private slots:
     {
         m_pg = &PgTestServer::instance();
         m_msg = new ui::ScopedRecordingMessages;
-        ui::platform::setListSeparatorOverride(QChar(u';'));
+        platform::setListSeparatorOverride(QChar(u';'));
         dmQuarv = new TdmQuarv;
         dmQuarv->caleDocumente = m_docs.path();
         m_pg->configure(*dmQuarv->pgConn);
@@ -130,7 +130,7 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
     {
         delete dmQuarv;
         dmQuarv = nullptr;
-        ui::platform::setListSeparatorOverride(std::nullopt);
+        platform::setListSeparatorOverride(std::nullopt);
         delete m_msg;
     }
 
@@ -411,7 +411,7 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         a.Cauta();
         QVERIFY(dmQuarv->dsDataList->isActive());
         QCOMPARE(period(), QStringLiteral("2024-03-01 2024-03-31"));
-        ui::GridModel *m = a.gridModel();
+        grid::GridModel *m = a.gridModel();
         QCOMPARE(m->recordCount(), 4);
         // Ordered by object type: the line without object ("-") first.
         QCOMPARE(cell(&a, 0, "nr_obiect"), QStringLiteral("-"));
@@ -500,7 +500,7 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, com_int, chelt_ven
         QVERIFY(!f.ownDataList()->isActive());
         QVERIFY(!dmQuarv->dsDataList->isActive()); // its own row, not the session's
         QVERIFY(!QGuiApplication::overrideCursor());
-        ui::GridModel *m = f.gridModel();
+        grid::GridModel *m = f.gridModel();
         QCOMPARE(m->recordCount(), 3);
         QCOMPARE(m->column(0).headerText(), QStringLiteral("decont"));
         QCOMPARE(cell(&f, 0, "com_int"), QStringLiteral("T1"));

@@ -23,6 +23,7 @@
 
 using namespace Qt::StringLiterals;
 
+using namespace grid;
 using namespace ui;
 
 namespace {

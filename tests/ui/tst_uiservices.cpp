@@ -6,7 +6,7 @@
 #include "ui/u_dbcontrols.h"
 #include "ui/u_filedialog.h"
 #include "ui/u_messages.h"
-#include "ui/core/u_platform.h"
+#include "analyses/u_platform.h"
 #include "ui/u_waitcursor.h"
 
 #include <QApplication>
@@ -37,23 +37,23 @@ private slots:
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.path()));
         qputenv("HOME", QFile::encodeName(home.path()));
         qputenv("XDG_DOCUMENTS_DIR", QFile::encodeName(docs));
-        const QString found = ui::platform::documentsFolder();
+        const QString found = platform::documentsFolder();
         QVERIFY(!found.isEmpty());
         QVERIFY(!found.endsWith(QLatin1Char('/')));
         // Asked, never created.
         QVERIFY(!QDir(docs).exists());
         QVERIFY(!QDir(home.path() + QStringLiteral("/Documents")).exists());
 
-        ui::platform::setDocumentsFolderOverride(QString());
-        QCOMPARE(ui::platform::documentsFolder(), QString());
-        ui::platform::setDocumentsFolderOverride(std::nullopt);
+        platform::setDocumentsFolderOverride(QString());
+        QCOMPARE(platform::documentsFolder(), QString());
+        platform::setDocumentsFolderOverride(std::nullopt);
 
-        const QChar sep = ui::platform::listSeparator();
+        const QChar sep = platform::listSeparator();
         QVERIFY(sep == QLatin1Char(',') || sep == QLatin1Char(';'));
-        ui::platform::setListSeparatorOverride(QLatin1Char(';'));
-        QCOMPARE(ui::platform::listSeparator(), QLatin1Char(';'));
-        ui::platform::setListSeparatorOverride(std::nullopt);
-        QCOMPARE(ui::platform::listSeparator(), sep);
+        platform::setListSeparatorOverride(QLatin1Char(';'));
+        QCOMPARE(platform::listSeparator(), QLatin1Char(';'));
+        platform::setListSeparatorOverride(std::nullopt);
+        QCOMPARE(platform::listSeparator(), sep);
     }
 
     void waitCursorRestoredOnEveryPath()

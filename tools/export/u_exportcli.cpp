@@ -4,14 +4,14 @@
 #include "db/u_connection.h"
 #include "db/u_error.h"
 #include "db/u_query.h"
-#include "reports/core/u_reportexport.h"
-#include "reports/core/u_reportrun.h"
-#include "reports/core/u_reports.h"
-#include "reports/core/u_signin.h"
-#include "reports/core/u_stylestore.h"
-#include "ui/core/u_gridlayout.h"
-#include "ui/core/u_gridmodel.h"
-#include "ui/core/u_platform.h"
+#include "analyses/u_reportexport.h"
+#include "analyses/u_reportrun.h"
+#include "analyses/u_reports.h"
+#include "analyses/u_signin.h"
+#include "analyses/u_stylestore.h"
+#include "grid/u_gridlayout.h"
+#include "grid/u_gridmodel.h"
+#include "analyses/u_platform.h"
 
 #include <QElapsedTimer>
 
@@ -323,17 +323,17 @@ int exportReport(const Options &o)
     }
 
     // The grid's logic under the report's layout, or the one saved by name.
-    ui::GridModel model;
+    grid::GridModel model;
     rep::setUpGrid(d, model);
     if (o.style)
-        ui::restoreGridLayout(model, styleLayout(conn, d, *o.style));
+        grid::restoreGridLayout(model, styleLayout(conn, d, *o.style));
     // All the query's data needs no grid: its rows are not built for it.
     const rep::ExportKind kind = kindsOf(o.format).constFirst();
     const bool allData = kind == rep::ExportKind::AllDataCsv;
     if (!allData)
         model.setDataSet(&query);
 
-    rep::ReportExport out(kind, o.output, o.separator.value_or(ui::platform::listSeparator()));
+    rep::ReportExport out(kind, o.output, o.separator.value_or(platform::listSeparator()));
     out.streamFrom(query, [&progress](qsizetype rows) { progress.fetched(rows); });
 
     const SignalWatch stopSignals;

@@ -1,0 +1,505 @@
+#include "grid/u_gridexport.h"
+
+#include "db/u_busy.h"
+#include "db/u_error.h"
+#include "grid/u_gridmodel_p.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QTemporaryFile>
+
+#include <xlsxwriter.h>
+
+#include <string>
+
+namespace grid {
+
+namespace {
+
+constexpr qint64 kExcelEpochJulianDay = 2415019; // 1899-12-30, day 0 of spreadsheet dates
+constexpr qsizetype kFlushAt = 1 << 20;
+
+[[noreturn]] void writeFailed(const QString &path, const QString &why)
+{
+    throw QuarvError(QStringLiteral("Fisierul %1 nu poate fi scris: %2").arg(QDir::toNativeSeparators(path), why));
+}
+
+// Puts the written file in place. The sync to disk that comes with it can
+// take long on a large file: it runs aside, and a stop asked meanwhile comes
+// too late (the file is whole and in place).
+void commitAside(QSaveFile &file, const QString &path)
+{
+    bool ok = false;
+    db::busy::aside([&] { ok = file.commit(); });
+    if (!ok)
+        writeFailed(path, file.errorString());
+}
+
+// The pieces every variant writes, in the one export layout.
+struct ExportSource {
+    const GridModel &m;
+    const GridModel::Impl &d;
+    QList<int> cols;              // visible columns, display order
+    bool groupFooters;
+    bool footer;
+
+    explicit ExportSource(const GridModel &model)
+        : m(model), d(GridModelAccess::impl(model)), cols(model.visibleColumns()),
+          groupFooters(d.groupFooters && !d.groupSums.isEmpty() && !d.groupCols.empty()),
+          footer(d.footer && !d.footerSums.isEmpty() && !d.records.empty())
+    {
+    }
+
+    const ColState &col(int i) const { return d.cols[size_t(cols[i])]; }
+
+    QString groupText(qint32 node) const
+    {
+        const Node &nd = d.nodes[size_t(node)];
+        const ColState &cs = d.cols[size_t(d.groupCols[size_t(nd.level)])];
+        return QStringLiteral("%1: %2 (%3)").arg(cs.c.headerText(), d.text(nd.keyRow, cs, true)).arg(nd.count);
+    }
+
+    // summaries under visible column i: of a group node, or of the footer when node < 0
+    QList<std::pair<const GridSummary *, QVariant>> summariesUnder(int i, qint32 node) const
+    {
+        QList<std::pair<const GridSummary *, QVariant>> out;
+        const QString &field = col(i).c.fieldName;
+        const QList<GridSummary> &list = node < 0 ? d.footerSums : d.groupSums;
+        for (int s = 0; s < list.size(); ++s) {
+            if (list[s].shownUnder().compare(field, Qt::CaseInsensitive) != 0)
+                continue;
+            const Agg *a = node < 0 ? (size_t(s) < d.footerAggs.size() ? &d.footerAggs[size_t(s)] : nullptr)
+                                    : d.nodeAgg(node, list[s]);
+            out.append({&list[s], d.summaryValue(list[s], a)});
+        }
+        return out;
+    }
+
+    QString summaryCell(int i, qint32 node) const
+    {
+        QStringList parts;
+        for (const auto &[s, v] : summariesUnder(i, node)) {
+            const QString t = d.summaryText(*s, v);
+            if (!t.isEmpty())
+                parts << t;
+        }
+        return parts.join(QLatin1String("; "));
+    }
+};
+
+// ---------------------------------------------------------------- text variants
+
+class TextSink {
+public:
+    TextSink(const QString &path, QByteArray sep, bool quoteAll)
+        : m_file(path), m_path(path), m_sep(std::move(sep)), m_quoteAll(quoteAll)
+    {
+        if (!m_file.open(QIODevice::WriteOnly))
+            writeFailed(path, m_file.errorString());
+        m_buf.reserve(kFlushAt + 4096);
+        m_buf += "\xEF\xBB\xBF";
+    }
+
+    void beginField()
+    {
+        if (!m_first)
+            m_buf += m_sep;
+        m_first = false;
+        m_start = m_buf.size();
+    }
+    QByteArray &buffer() { return m_buf; }
+    void endField()
+    {
+        const char *p = m_buf.constData() + m_start;
+        const qsizetype len = m_buf.size() - m_start;
+        bool quote = m_quoteAll;
+        if (!quote && len > 0) {
+            if (p[0] == ' ' || p[len - 1] == ' ')
+                quote = true;
+            const char s0 = m_sep.size() == 1 ? m_sep[0] : '\0';
+            for (qsizetype i = 0; i < len && !quote; ++i) {
+                const char c = p[i];
+                if (c == '"' || c == '\n' || c == '\r' || c == s0)
+                    quote = true;
+            }
+            if (!quote && m_sep.size() > 1 && QByteArrayView(p, len).indexOf(QByteArrayView(m_sep)) >= 0)
+                quote = true;
+        }
+        if (!quote)
+            return;
+        QByteArray cell = m_buf.mid(m_start);
+        m_buf.truncate(m_start);
+        m_buf += '"';
+        m_buf += cell.replace("\"", "\"\"");
+        m_buf += '"';
+    }
+    void field(const QString &text)
+    {
+        beginField();
+        m_buf += text.toUtf8();
+        endField();
+    }
+    void endLine()
+    {
+        m_buf += "\r\n";
+        m_first = true;
+        if (m_buf.size() >= kFlushAt)
+            flush();
+    }
+    void flush()
+    {
+        if (m_file.write(m_buf) != m_buf.size())
+            writeFailed(m_path, m_file.errorString());
+        m_buf.clear();
+    }
+    void commit()
+    {
+        flush();
+        commitAside(m_file, m_path);
+    }
+
+private:
+    QSaveFile m_file;
+    QString m_path;
+    QByteArray m_sep;
+    bool m_quoteAll;
+    QByteArray m_buf;
+    qsizetype m_start = 0;
+    bool m_first = true;
+};
+
+void exportText(const GridModel &model, const QString &path, const QByteArray &sep, bool quoteAll)
+{
+    const ExportSource src(model);
+    db::busy::Stretch stretch(db::busy::Phase::Writing, true, qsizetype(src.d.records.size()));
+    TextSink out(path, sep, quoteAll);
+    const int nc = int(src.cols.size());
+    for (int i = 0; i < nc; ++i)
+        out.field(src.col(i).c.headerText());
+    out.endLine();
+    forEachExportRow(src.d, src.groupFooters, [&](RowKind kind, qint32 idx) {
+        switch (kind) {
+        case RowKind::Data: {
+            const qint32 row = src.d.records[size_t(idx)];
+            for (int i = 0; i < nc; ++i) {
+                out.beginField();
+                src.d.appendUtf8(out.buffer(), row, src.col(i));
+                out.endField();
+            }
+            db::busy::beat(idx + 1);
+            break;
+        }
+        case RowKind::Group:
+            for (int i = 0; i < nc; ++i)
+                out.field(i == 0 ? src.groupText(idx) : QString());
+            break;
+        case RowKind::GroupFooter:
+            for (int i = 0; i < nc; ++i)
+                out.field(src.summaryCell(i, idx));
+            break;
+        }
+        out.endLine();
+    });
+    if (src.footer) {
+        for (int i = 0; i < nc; ++i)
+            out.field(src.summaryCell(i, -1));
+        out.endLine();
+    }
+    out.commit();
+}
+
+// ---------------------------------------------------------------- spreadsheet
+
+class XlsxWriter {
+public:
+    XlsxWriter(const ExportSource &src, const QString &path, const XlsxOptions &opt) : m_src(src), m_path(path), m_opt(opt)
+    {
+        const QFileInfo fi(path);
+        m_tmp.setFileTemplate(fi.absoluteDir().filePath(QStringLiteral(".%1.XXXXXX.tmp").arg(fi.fileName())));
+        if (!m_tmp.open())
+            writeFailed(path, m_tmp.errorString());
+        m_tmp.close();
+        m_tmpName = QFile::encodeName(m_tmp.fileName());
+        lxw_workbook_options o{};
+        o.constant_memory = LXW_TRUE;
+        o.use_zip64 = LXW_TRUE;
+        m_wb = workbook_new_opt(m_tmpName.constData(), &o);
+        if (!m_wb)
+            writeFailed(path, QStringLiteral("nu se poate crea registrul"));
+        m_bold = workbook_add_format(m_wb);
+        format_set_bold(m_bold);
+        m_levels = int(src.d.groupCols.size());
+        for (int i = 0; i < src.cols.size(); ++i)
+            m_colFormats.push_back(cellFormat(src.col(i), false));
+        // A date-time with milliseconds shows them, as the grid does; whole seconds do not.
+        m_msFormat = format(spreadsheetDateFormat(QStringLiteral("dd.MM.yyyy hh:mm:ss.zzz")), false);
+    }
+    ~XlsxWriter()
+    {
+        // Only after a failure or a stop: freed without packing what was
+        // written (seconds for a large grid); the temporary file is dropped.
+        if (m_wb)
+            lxw_workbook_free(m_wb);
+    }
+
+    void run()
+    {
+        const int nc = int(m_src.cols.size());
+        newSheet();
+        forEachExportRow(m_src.d, m_src.groupFooters, [&](RowKind kind, qint32 idx) {
+            switch (kind) {
+            case RowKind::Data: {
+                beginRow(m_levels);
+                const qint32 row = m_src.d.records[size_t(idx)];
+                for (int i = 0; i < nc; ++i)
+                    writeCell(i, row);
+                db::busy::beat(idx + 1);
+                break;
+            }
+            case RowKind::Group: {
+                const int level = m_src.d.nodes[size_t(idx)].level;
+                beginRow(level);
+                if (nc > 0)
+                    writeString(0, m_src.groupText(idx).toUtf8(), m_bold);
+                break;
+            }
+            case RowKind::GroupFooter:
+                // At its group row's level: folding the group keeps its sums in sight.
+                beginRow(m_src.d.nodes[size_t(idx)].level);
+                writeSummaries(idx);
+                break;
+            }
+        });
+        if (m_src.footer) {
+            beginRow(0);
+            writeSummaries(-1);
+        }
+        lxw_workbook *wb = m_wb;
+        m_wb = nullptr;
+        const lxw_error err = closeWorkbook(wb);
+        if (err != LXW_NO_ERROR)
+            writeFailed(m_path, QString::fromUtf8(lxw_strerror(err)));
+        // Copied into place through QSaveFile rather than renamed: the
+        // workbook then gets the mode every other export gets (the temporary
+        // file is readable by its owner only) and still appears whole or not at all.
+        QFile built(m_tmp.fileName());
+        if (!built.open(QIODevice::ReadOnly))
+            writeFailed(m_path, built.errorString());
+        QSaveFile out(m_path);
+        if (!out.open(QIODevice::WriteOnly))
+            writeFailed(m_path, out.errorString());
+        QByteArray chunk;
+        while (!(chunk = built.read(kFlushAt)).isEmpty()) {
+            if (out.write(chunk) != chunk.size())
+                writeFailed(m_path, out.errorString());
+            db::busy::pulseNow();
+        }
+        if (built.error() != QFileDevice::NoError)
+            writeFailed(m_path, built.errorString());
+        commitAside(out, m_path);
+    }
+
+private:
+    // Closing packs the whole workbook in one call of the library, seconds
+    // for a large grid: it runs aside while the windows are served. A stop
+    // asked meanwhile waits for it (the library cannot be left half way) and
+    // then drops the file.
+    static lxw_error closeWorkbook(lxw_workbook *wb)
+    {
+        lxw_error err = LXW_NO_ERROR;
+        if (db::busy::aside([&] { err = workbook_close(wb); }))
+            throw db::busy::Cancelled{};
+        return err;
+    }
+
+    lxw_format *cellFormat(const ColState &cs, bool bold)
+    {
+        QByteArray fmt;
+        if (cs.kind == ColumnKind::Date)
+            fmt = spreadsheetDateFormat(cs.c.displayFormat.isEmpty() ? QStringLiteral("dd.MM.yyyy") : cs.c.displayFormat);
+        else if (cs.kind == ColumnKind::DateTime)
+            fmt = spreadsheetDateFormat(cs.c.displayFormat.isEmpty() ? QStringLiteral("dd.MM.yyyy hh:mm:ss")
+                                                                     : cs.c.displayFormat);
+        else if (cs.kind == ColumnKind::Number)
+            fmt = cs.numFmt.spreadsheetFormat();
+        return format(fmt, bold);
+    }
+    lxw_format *format(const QByteArray &numFmt, bool bold)
+    {
+        if (numFmt.isEmpty())
+            return bold ? m_bold : nullptr;
+        const QByteArray key = numFmt + (bold ? "\x01" : "");
+        auto it = m_formats.find(key);
+        if (it != m_formats.end())
+            return it.value();
+        lxw_format *f = workbook_add_format(m_wb);
+        format_set_num_format(f, numFmt.constData());
+        if (bold)
+            format_set_bold(f);
+        m_formats.insert(key, f);
+        return f;
+    }
+
+    void newSheet()
+    {
+        ++m_sheetNo;
+        const QByteArray name = "Sheet" + QByteArray::number(m_sheetNo);
+        m_ws = workbook_add_worksheet(m_wb, name.constData());
+        if (!m_ws)
+            writeFailed(m_path, QStringLiteral("nu se poate adauga foaia %1").arg(m_sheetNo));
+        for (int i = 0; i < m_src.cols.size(); ++i) {
+            const double chars = std::max(1.0, (m_src.col(i).c.width - 5) / 7.0);
+            worksheet_set_column(m_ws, lxw_col_t(i), lxw_col_t(i), chars, nullptr);
+        }
+        worksheet_freeze_panes(m_ws, 1, 0);
+        worksheet_outline_settings(m_ws, LXW_TRUE, LXW_FALSE, LXW_FALSE, LXW_FALSE);
+        m_row = 0;
+        for (int i = 0; i < m_src.cols.size(); ++i)
+            writeString(i, m_src.col(i).c.headerText().toUtf8(), m_bold);
+        m_row = 1;
+        m_rowOpen = false;
+    }
+
+    void beginRow(int level)
+    {
+        if (m_rowOpen)
+            ++m_row;
+        if (m_row >= lxw_row_t(std::max(2, m_opt.maxRowsPerSheet)))
+            newSheet();
+        m_rowOpen = true;
+        level = std::min(level, 7);
+        if (level > 0) {
+            lxw_row_col_options o{};
+            o.level = uint8_t(level);
+            worksheet_set_row_opt(m_ws, m_row, LXW_DEF_ROW_HEIGHT, nullptr, &o);
+        }
+    }
+
+    void writeString(int col, const QByteArray &utf8, lxw_format *f)
+    {
+        worksheet_write_string(m_ws, m_row, lxw_col_t(col), utf8.constData(), f);
+    }
+
+    void writeCell(int i, qint32 row)
+    {
+        const ColState &cs = m_src.col(i);
+        if (cs.field < 0)
+            return;
+        const db::Column &c = m_src.d.column(cs.field);
+        if (c.isNull(row))
+            return;
+        lxw_format *f = m_colFormats[size_t(i)];
+        switch (cs.type) {
+        case db::FieldType::String:
+        case db::FieldType::Text: {
+            const QByteArrayView b = c.bytes(row);
+            m_scratch.assign(b.data(), size_t(b.size()));
+            worksheet_write_string(m_ws, m_row, lxw_col_t(i), m_scratch.c_str(), f);
+            return;
+        }
+        case db::FieldType::Float:
+        case db::FieldType::Int32: worksheet_write_number(m_ws, m_row, lxw_col_t(i), c.asDouble(row), f); return;
+        case db::FieldType::Int64: {
+            // A spreadsheet number is a double: past 2^53 it would round, so
+            // such an identifier is written as its exact digits.
+            const qint64 v = c.asInt64(row);
+            constexpr qint64 kExact = qint64(1) << 53;
+            if (v > kExact || v < -kExact) {
+                m_scratch = std::to_string(v);
+                worksheet_write_string(m_ws, m_row, lxw_col_t(i), m_scratch.c_str(), f);
+            } else {
+                worksheet_write_number(m_ws, m_row, lxw_col_t(i), double(v), f);
+            }
+            return;
+        }
+        case db::FieldType::Date:
+            worksheet_write_number(m_ws, m_row, lxw_col_t(i), double(c.asInt64(row) - kExcelEpochJulianDay), f);
+            return;
+        case db::FieldType::DateTime: {
+            const qint64 ms = c.asInt64(row);
+            if (ms % 1000 != 0 && cs.c.displayFormat.isEmpty())
+                f = m_msFormat;
+            worksheet_write_number(m_ws, m_row, lxw_col_t(i),
+                                   double(kUnixEpochJulianDay - kExcelEpochJulianDay) + double(ms) / double(kMsPerDay), f);
+            return;
+        }
+        case db::FieldType::Bool: worksheet_write_boolean(m_ws, m_row, lxw_col_t(i), c.asBool(row), f); return;
+        case db::FieldType::Bytes: writeString(i, "(binar)", f); return;
+        }
+    }
+
+    void writeSummaries(qint32 node)
+    {
+        for (int i = 0; i < m_src.cols.size(); ++i) {
+            const auto list = m_src.summariesUnder(i, node);
+            if (list.isEmpty())
+                continue;
+            const ColState &cs = m_src.col(i);
+            if (list.size() == 1) {
+                const GridSummary &s = *list[0].first;
+                const QVariant &v = list[0].second;
+                if (!v.isValid())
+                    continue;
+                const NumberFormat sf(s.format);
+                switch (v.typeId()) {
+                case QMetaType::Double:
+                case QMetaType::LongLong: {
+                    QByteArray nf = sf.spreadsheetFormat();
+                    if (nf.isEmpty() && v.typeId() == QMetaType::Double && cs.kind == ColumnKind::Number)
+                        nf = cs.numFmt.spreadsheetFormat();
+                    worksheet_write_number(m_ws, m_row, lxw_col_t(i), v.toDouble(), format(nf, true));
+                    continue;
+                }
+                case QMetaType::QDate:
+                    worksheet_write_number(m_ws, m_row, lxw_col_t(i), double(v.toDate().toJulianDay() - kExcelEpochJulianDay),
+                                           cellFormat(cs, true));
+                    continue;
+                default: break;
+                }
+            }
+            const QString text = m_src.summaryCell(i, node);
+            if (!text.isEmpty())
+                writeString(i, text.toUtf8(), m_bold);
+        }
+    }
+
+    const ExportSource &m_src;
+    QString m_path;
+    XlsxOptions m_opt;
+    QTemporaryFile m_tmp;
+    QByteArray m_tmpName;
+    lxw_workbook *m_wb = nullptr;
+    lxw_worksheet *m_ws = nullptr;
+    lxw_format *m_bold = nullptr;
+    std::vector<lxw_format *> m_colFormats;
+    lxw_format *m_msFormat = nullptr;
+    QHash<QByteArray, lxw_format *> m_formats;
+    std::string m_scratch;
+    lxw_row_t m_row = 0;
+    bool m_rowOpen = false;
+    int m_sheetNo = 0;
+    int m_levels = 0;
+};
+
+} // namespace
+
+void exportGridCsv(const GridModel &model, const QString &path, QChar separator)
+{
+    exportText(model, path, QString(separator).toUtf8(), false);
+}
+
+void exportGridText(const GridModel &model, const QString &path)
+{
+    exportText(model, path, QByteArray("\t"), true);
+}
+
+void exportGridXlsx(const GridModel &model, const QString &path, const XlsxOptions &options)
+{
+    const ExportSource src(model);
+    db::busy::Stretch stretch(db::busy::Phase::Writing, true, qsizetype(src.d.records.size()));
+    XlsxWriter w(src, path, options);
+    w.run();
+}
+
+} // namespace grid
