@@ -86,10 +86,23 @@ QString sql();
 ReportDesc description();
 } // namespace AnalizaPostcalcul
 
-// Every analysis, by form name, in the menu's order of building.
+// Its button in the main menu: objectName, caption and designed width.
+struct MenuButton {
+    QString objectName;
+    QString caption;
+    int width = 0;
+};
+
+// The registry of analyses, one row each, in the menu's order: the desktop
+// program builds its menu from the rows, creates each form at its places in
+// the start-up order (app/u_startup.cpp) and frees it at exit; the
+// command-line exporter runs the descriptions. The forms themselves are
+// bound to the rows by form name in reports/u_reportlist.cpp.
 struct CatalogEntry {
     QString formName;
     ReportDesc (*description)();
+    MenuButton menu;
+    QList<int> createdAt; // places in the start-up order; empty: never created
 };
 const QList<CatalogEntry> &catalog();
 // nullptr when no analysis has that form name.

@@ -1,16 +1,10 @@
 #include "app/u_frmMenuQuarv.h"
 
-#include "session/u_dmQuarv.h"
 #include "app/u_frmLogin.h"
 #include "db/u_error.h"
-#include "reports/u_frmAnalizaContabilaDetaliata.h"
-#include "reports/u_frmAnalizaPostcalcul.h"
-#include "reports/u_frmAnalizaRegistruJurnal.h"
-#include "reports/u_frmAnaliza_Profitabilitate.h"
-#include "reports/u_frmCheltVenPeComenziFaraRegii.h"
-#include "reports/u_frmContareDocumente.h"
-#include "reports/u_frmFisaDeContAnalitica.h"
-#include "reports/u_frmVerifDecontTurism.h"
+#include "reports/common/u_reportform.h"
+#include "reports/u_reportlist.h"
+#include "session/u_dmQuarv.h"
 #include "ui/u_messages.h"
 
 #include <QCloseEvent>
@@ -28,11 +22,10 @@ namespace {
 // Brings the one existing instance of a form on screen. A form that was
 // never created is an access to a missing object: the default error report
 // says so and nothing opens.
-void showForm(QWidget *form, const char *name)
+void showForm(QWidget *form, const QString &name)
 {
     if (!form)
-        throw QuarvError(QStringLiteral("Formularul %1 nu exista (acces la un obiect inexistent)")
-                             .arg(QString::fromLatin1(name)));
+        throw QuarvError(QStringLiteral("Formularul %1 nu exista (acces la un obiect inexistent)").arg(name));
     if (form->isMinimized())
         form->setWindowState(form->windowState() & ~Qt::WindowMinimized);
     form->show();
@@ -49,9 +42,9 @@ TfrmMenuQUARV::TfrmMenuQUARV(QWidget *parent) : QWidget(parent)
     setFont(QFont(QStringLiteral("Tahoma"), 8));
     resize(398, 353);
 
-    auto button = [](QWidget *owner, const char *name, const QString &caption, int width) {
+    auto button = [](QWidget *owner, const QString &name, const QString &caption, int width) {
         auto *b = new QPushButton(caption, owner);
-        b->setObjectName(QString::fromLatin1(name));
+        b->setObjectName(name);
         b->setAccessibleName(caption);
         // The designed width, unless the caption would be cut off in the
         // font this desktop has.
@@ -59,7 +52,7 @@ TfrmMenuQUARV::TfrmMenuQUARV(QWidget *parent) : QWidget(parent)
         return b;
     };
 
-    btnLog = button(this, "btnLog", QStringLiteral("LogIn"), 75);
+    btnLog = button(this, QStringLiteral("btnLog"), QStringLiteral("LogIn"), 75);
     // In the window's own font, as every label of the window.
     lblUser = new QLabel(this);
     lblUser->setObjectName(QStringLiteral("lblUser"));
@@ -75,24 +68,17 @@ TfrmMenuQUARV::TfrmMenuQUARV(QWidget *parent) : QWidget(parent)
 
     cxGroupBoxMenu = new QGroupBox(QStringLiteral("Menu"), this);
     cxGroupBoxMenu->setObjectName(QStringLiteral("cxGroupBoxMenu"));
-    btnFisaCont = button(cxGroupBoxMenu, "btnFisaCont", QStringLiteral("Fisa de Cont"), 123);
-    btnAnalizaProfitabilitate =
-        button(cxGroupBoxMenu, "btnAnalizaProfitabilitate", QStringLiteral("Analiza Profitabilitate"), 123);
-    btnAnalizaRegJurn = button(cxGroupBoxMenu, "btnAnalizaRegJurn", QStringLiteral("Analiza Registru Jurnal"), 123);
-    btnContareDoc = button(cxGroupBoxMenu, "btnContareDoc", QStringLiteral("Contare Documente"), 123);
-    cxButton1 = button(cxGroupBoxMenu, "cxButton1",
-                       QStringLiteral("Chelt/Ven Pe Comenzi(fara regii repartizate)"), 227);
-    btnAnalizaContabilaDetaliata = button(cxGroupBoxMenu, "btnAnalizaContabilaDetaliata",
-                                          QStringLiteral("Analiza Contabila Detaliata"), 147);
-    cxButton2 = button(cxGroupBoxMenu, "cxButton2", QStringLiteral("Verificare Decont Turism"), 147);
-    cxButton3 = button(cxGroupBoxMenu, "cxButton3", QStringLiteral("Analiza Postcalcul"), 147);
-
     auto *menuLay = new QVBoxLayout(cxGroupBoxMenu);
     menuLay->setContentsMargins(8, 8, 8, 8);
     menuLay->setSpacing(5);
-    for (QPushButton *b : {btnFisaCont, btnAnalizaProfitabilitate, btnAnalizaRegJurn, btnContareDoc, cxButton1,
-                           btnAnalizaContabilaDetaliata, cxButton2, cxButton3})
+    // Every handler runs under the default error report.
+    for (const rep::ReportForm &r : rep::reportForms()) {
+        const rep::MenuButton &m = r.entry->menu;
+        QPushButton *b = button(cxGroupBoxMenu, m.objectName, m.caption, m.width);
         menuLay->addWidget(b, 0, Qt::AlignLeft);
+        const QString formName = r.entry->formName;
+        connect(b, &QPushButton::clicked, this, [this, formName] { ui::guarded([&] { showReport(formName); }); });
+    }
     menuLay->addStretch(1);
     cxGroupBoxMenu->hide();
 
@@ -114,19 +100,7 @@ TfrmMenuQUARV::TfrmMenuQUARV(QWidget *parent) : QWidget(parent)
     lay->addStretch(0);
     lay->addWidget(Label1, 0, Qt::AlignLeft | Qt::AlignBottom);
 
-    // Every handler runs under the default error report.
-    auto wire = [this](QPushButton *b, void (TfrmMenuQUARV::*handler)()) {
-        connect(b, &QPushButton::clicked, this, [this, handler] { ui::guarded([&] { (this->*handler)(); }); });
-    };
-    wire(btnLog, &TfrmMenuQUARV::btnLogClick);
-    wire(btnFisaCont, &TfrmMenuQUARV::btnFisaContClick);
-    wire(btnAnalizaProfitabilitate, &TfrmMenuQUARV::btnAnalizaProfitabilitateClick);
-    wire(btnAnalizaRegJurn, &TfrmMenuQUARV::btnAnalizaRegJurnClick);
-    wire(btnContareDoc, &TfrmMenuQUARV::btnContareDocClick);
-    wire(cxButton1, &TfrmMenuQUARV::cxButton1Click);
-    wire(btnAnalizaContabilaDetaliata, &TfrmMenuQUARV::btnAnalizaContabilaDetaliataClick);
-    wire(cxButton2, &TfrmMenuQUARV::cxButton2Click);
-    wire(cxButton3, &TfrmMenuQUARV::cxButton3Click);
+    connect(btnLog, &QPushButton::clicked, this, [this] { ui::guarded([this] { btnLogClick(); }); });
 }
 
 void TfrmMenuQUARV::closeEvent(QCloseEvent *event)
@@ -149,17 +123,13 @@ void TfrmMenuQUARV::btnLogClick()
     cxGroupBoxMenu->show();
 }
 
-void TfrmMenuQUARV::btnFisaContClick() { showForm(frmFisaDeContAnalitica, "frmFisaDeContAnalitica"); }
-void TfrmMenuQUARV::btnAnalizaProfitabilitateClick()
+void TfrmMenuQUARV::showReport(const QString &formName)
 {
-    showForm(frmAnaliza_Profitabilitate, "frmAnaliza_Profitabilitate");
+    const rep::ReportForm *r = rep::reportForm(formName);
+    showForm(r ? r->instance() : nullptr, formName);
 }
-void TfrmMenuQUARV::btnAnalizaRegJurnClick() { showForm(frmAnalizaRegistruJurnal, "frmAnalizaRegistruJurnal"); }
-void TfrmMenuQUARV::btnContareDocClick() { showForm(frmContareDocumente, "frmContareDocumente"); }
-void TfrmMenuQUARV::cxButton1Click() { showForm(frmCheltVenPeComenziFaraRegii, "frmCheltVenPeComenziFaraRegii"); }
-void TfrmMenuQUARV::btnAnalizaContabilaDetaliataClick()
+
+QPushButton *TfrmMenuQUARV::reportButton(const QString &objectName) const
 {
-    showForm(frmAnalizaContabilaDetaliata, "frmAnalizaContabilaDetaliata");
+    return cxGroupBoxMenu->findChild<QPushButton *>(objectName, Qt::FindDirectChildrenOnly);
 }
-void TfrmMenuQUARV::cxButton2Click() { showForm(frmVerifDecontTurism, "frmVerifDecontTurism"); }
-void TfrmMenuQUARV::cxButton3Click() { showForm(frmAnalizaPostcalcul, "frmAnalizaPostcalcul"); }

@@ -1,7 +1,9 @@
 #pragma once
 // The main window: "LogIn" and, once an issuer is signed in, one button per
-// analysis, each bringing that analysis's single form to the front.
+// analysis (from the registry of analyses), each bringing that analysis's
+// single form to the front.
 
+#include <QList>
 #include <QWidget>
 
 class QFrame;
@@ -15,27 +17,15 @@ public:
     explicit TfrmMenuQUARV(QWidget *parent = nullptr);
 
     void btnLogClick();
-    void btnFisaContClick();
-    void btnAnalizaProfitabilitateClick();
-    void btnAnalizaRegJurnClick();
-    void btnContareDocClick();
-    void cxButton1Click();
-    void btnAnalizaContabilaDetaliataClick();
-    void cxButton2Click();
-    void cxButton3Click();
+    // An analysis' button: brings its one form to the front.
+    void showReport(const QString &formName);
+    // The analysis buttons, one per row of the registry, in its order.
+    QPushButton *reportButton(const QString &objectName) const;
 
     QPushButton *btnLog;
     QLabel *lblUser;
     QFrame *Shape1;
     QGroupBox *cxGroupBoxMenu;
-    QPushButton *btnFisaCont;
-    QPushButton *btnAnalizaProfitabilitate;
-    QPushButton *btnAnalizaRegJurn;
-    QPushButton *btnContareDoc;
-    QPushButton *cxButton1;
-    QPushButton *btnAnalizaContabilaDetaliata;
-    QPushButton *cxButton2;
-    QPushButton *cxButton3;
     QLabel *Label1;
 
 signals:

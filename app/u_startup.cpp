@@ -1,23 +1,21 @@
 #include "app/u_startup.h"
 
-#include "session/u_dmQuarv.h"
+#include "analyses/u_platform.h"
 #include "app/u_frmLogin.h"
 #include "app/u_frmMenuQuarv.h"
 #include "reports/common/u_frmConta_select.h"
 #include "reports/common/u_frmConts_select.h"
 #include "reports/common/u_frmGridStyle.h"
-#include "reports/u_frmAnalizaContabilaDetaliata.h"
-#include "reports/u_frmAnalizaPostcalcul.h"
-#include "reports/u_frmAnalizaRegistruJurnal.h"
-#include "reports/u_frmAnaliza_Profitabilitate.h"
-#include "reports/u_frmCheltVenPeComenziFaraRegii.h"
-#include "reports/u_frmContareDocumente.h"
-#include "reports/u_frmFisaDeContAnalitica.h"
-#include "reports/u_frmVerifDecontTurism.h"
-#include "analyses/u_platform.h"
+#include "reports/common/u_reportform.h"
+#include "reports/u_reportlist.h"
+#include "session/u_dmQuarv.h"
 
 #include <QApplication>
+#include <QHash>
 #include <QPointer>
+
+#include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -26,73 +24,80 @@ namespace {
 QList<QObject *> g_created;
 QPointer<QWidget> g_mainWindow;
 
+// Keeps a created window until exit. Every later window is owned by the
+// main window, which keeps the one taskbar button; each stays a window of
+// its own and as modal or modeless as it was made.
 template <class T>
-T *create(T *&global)
+T *adopt(T *obj)
 {
-    T *obj = new T();
     g_created.append(obj);
-    global = obj;
-    // Every later window is owned by the main window, which keeps the one
-    // taskbar button; each stays a window of its own and as modal or
-    // modeless as it was made.
     if (g_mainWindow && obj != g_mainWindow.data())
         obj->setParent(g_mainWindow.data(), obj->windowFlags() | Qt::Window);
     return obj;
+}
+
+template <class T>
+T *create(T *&global)
+{
+    global = new T();
+    return adopt(global);
 }
 
 } // namespace
 
 void createForms()
 {
-    // The first form created is the main window: its closing ends the program.
-    g_mainWindow = create(frmMenuQUARV);
-
-    dmQuarv = new TdmQuarv(qApp);
-    g_created.append(dmQuarv);
-    create(frmCheltVenPeComenziFaraRegii);
-    create(frmAnalizaContabilaDetaliata);
-    create(frmGridStyle);
-    create(frmVerifDecontTurism);
-
-    // Only remembered: whether the folder exists or can be written is found
-    // out when a file is written there.
-    dmQuarv->caleDocumente = platform::documentsFolder();
-
-    create(frmLogin);
-    create(frmFisaDeContAnalitica);
-    create(frmConta_select);
-    create(frmAnaliza_Profitabilitate);
-    create(frmAnalizaRegistruJurnal);
-    create(frmContareDocumente);
-    create(frmConts_select);
-
-    // Second instances into the same globals: the menu the operator sees is
-    // the first one, the login window and the account sheet it opens are the
-    // second ones.
-    create(frmMenuQUARV);
-    create(frmLogin);
-    create(frmFisaDeContAnalitica);
-
-    // The post-calculation form is never created.
-    frmAnalizaPostcalcul = nullptr;
+    const QList<rep::ReportForm> &reports = rep::reportForms();
+    // The designed order of start-up: the forms of no analysis at their
+    // places here, the analyses at the places their registry rows give.
+    const QHash<int, std::function<void()>> others = {
+        // The first form created is the main window: its closing ends the program.
+        {1, [] { g_mainWindow = create(frmMenuQUARV); }},
+        {2, [] {
+             dmQuarv = new TdmQuarv(qApp);
+             g_created.append(dmQuarv);
+         }},
+        {5, [] { create(frmGridStyle); }},
+        // Only remembered: whether the folder exists or can be written is
+        // found out when a file is written there.
+        {7, [] {
+             dmQuarv->caleDocumente = platform::documentsFolder();
+             create(frmLogin);
+         }},
+        {9, [] { create(frmConta_select); }},
+        {13, [] { create(frmConts_select); }},
+        // Second instances into the same globals: the menu the operator sees
+        // is the first one, the login window and the account sheet it opens
+        // are the second ones.
+        {14, [] { create(frmMenuQUARV); }},
+        {15, [] { create(frmLogin); }},
+    };
+    int last = 0;
+    for (const rep::ReportForm &r : reports)
+        for (int place : r.entry->createdAt)
+            last = std::max(last, place);
+    for (auto it = others.begin(); it != others.end(); ++it)
+        last = std::max(last, it.key());
+    for (int place = 1; place <= last; ++place) {
+        if (others.contains(place))
+            others.value(place)();
+        for (const rep::ReportForm &r : reports)
+            if (r.entry->createdAt.contains(place))
+                r.setInstance(adopt(r.create(nullptr)));
+    }
 }
 
 void destroyForms()
 {
     while (!g_created.isEmpty())
         delete g_created.takeLast();
+    for (const rep::ReportForm &r : rep::reportForms())
+        r.setInstance(nullptr);
     frmMenuQUARV = nullptr;
     dmQuarv = nullptr;
-    frmCheltVenPeComenziFaraRegii = nullptr;
-    frmAnalizaContabilaDetaliata = nullptr;
     frmGridStyle = nullptr;
-    frmVerifDecontTurism = nullptr;
     frmLogin = nullptr;
-    frmFisaDeContAnalitica = nullptr;
     frmConta_select = nullptr;
-    frmAnaliza_Profitabilitate = nullptr;
-    frmAnalizaRegistruJurnal = nullptr;
-    frmContareDocumente = nullptr;
     frmConts_select = nullptr;
 }
 

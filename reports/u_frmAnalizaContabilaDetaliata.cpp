@@ -2,7 +2,7 @@
 
 TfrmAnalizaContabilaDetaliata *frmAnalizaContabilaDetaliata = nullptr;
 
-TfrmAnalizaContabilaDetaliata::TfrmAnalizaContabilaDetaliata(QWidget *parent) : TReportForm(description(), parent)
+TfrmAnalizaContabilaDetaliata::TfrmAnalizaContabilaDetaliata(QWidget *parent) : TReportForm(rep::AnalizaContabilaDetaliata::description(), parent)
 {
     dsViewContabDet = query();
 }

@@ -9,10 +9,6 @@ class TfrmAnalizaContabilaDetaliata : public TReportForm {
 public:
     explicit TfrmAnalizaContabilaDetaliata(QWidget *parent = nullptr);
 
-    // Text of dsViewContabDet, sent as it stands.
-    static QString sqlViewContabDet() { return rep::AnalizaContabilaDetaliata::sql(); }
-    static rep::ReportDesc description() { return rep::AnalizaContabilaDetaliata::description(); }
-
     db::Query *dsViewContabDet = nullptr;
 };
 

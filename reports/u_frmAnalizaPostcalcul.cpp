@@ -2,7 +2,7 @@
 
 TfrmAnalizaPostcalcul *frmAnalizaPostcalcul = nullptr;
 
-TfrmAnalizaPostcalcul::TfrmAnalizaPostcalcul(QWidget *parent) : TReportForm(description(), parent)
+TfrmAnalizaPostcalcul::TfrmAnalizaPostcalcul(QWidget *parent) : TReportForm(rep::AnalizaPostcalcul::description(), parent)
 {
     dsViewPostcRulDet = query();
 }

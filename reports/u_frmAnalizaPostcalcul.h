@@ -9,10 +9,6 @@ class TfrmAnalizaPostcalcul : public TReportForm {
 public:
     explicit TfrmAnalizaPostcalcul(QWidget *parent = nullptr);
 
-    // Text of dsViewPostcRulDet, sent as it stands.
-    static QString sqlViewPostcRulDet() { return rep::AnalizaPostcalcul::sql(); }
-    static rep::ReportDesc description() { return rep::AnalizaPostcalcul::description(); }
-
     db::Query *dsViewPostcRulDet = nullptr;
 };
 

@@ -2,7 +2,7 @@
 
 TfrmAnalizaRegistruJurnal *frmAnalizaRegistruJurnal = nullptr;
 
-TfrmAnalizaRegistruJurnal::TfrmAnalizaRegistruJurnal(QWidget *parent) : TReportForm(description(), parent)
+TfrmAnalizaRegistruJurnal::TfrmAnalizaRegistruJurnal(QWidget *parent) : TReportForm(rep::AnalizaRegistruJurnal::description(), parent)
 {
     dsAnalizaRegistruJurnal = query();
 }

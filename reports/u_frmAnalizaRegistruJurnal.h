@@ -9,10 +9,6 @@ class TfrmAnalizaRegistruJurnal : public TReportForm {
 public:
     explicit TfrmAnalizaRegistruJurnal(QWidget *parent = nullptr);
 
-    // Text of dsAnalizaRegistruJurnal, sent as it stands.
-    static QString sqlAnalizaRegistruJurnal() { return rep::AnalizaRegistruJurnal::sql(); }
-    static rep::ReportDesc description() { return rep::AnalizaRegistruJurnal::description(); }
-
     db::Query *dsAnalizaRegistruJurnal = nullptr;
 };
 

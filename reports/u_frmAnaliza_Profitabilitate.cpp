@@ -2,7 +2,7 @@
 
 TfrmAnaliza_Profitabilitate *frmAnaliza_Profitabilitate = nullptr;
 
-TfrmAnaliza_Profitabilitate::TfrmAnaliza_Profitabilitate(QWidget *parent) : TReportForm(description(), parent)
+TfrmAnaliza_Profitabilitate::TfrmAnaliza_Profitabilitate(QWidget *parent) : TReportForm(rep::Analiza_Profitabilitate::description(), parent)
 {
     dsPostcalculRulaj = query();
 }

@@ -9,10 +9,6 @@ class TfrmAnaliza_Profitabilitate : public TReportForm {
 public:
     explicit TfrmAnaliza_Profitabilitate(QWidget *parent = nullptr);
 
-    // Text of dsPostcalculRulaj, sent as it stands.
-    static QString sqlPostcalculRulaj() { return rep::Analiza_Profitabilitate::sql(); }
-    static rep::ReportDesc description() { return rep::Analiza_Profitabilitate::description(); }
-
     db::Query *dsPostcalculRulaj = nullptr;
 };
 

@@ -2,7 +2,7 @@
 
 TfrmCheltVenPeComenziFaraRegii *frmCheltVenPeComenziFaraRegii = nullptr;
 
-TfrmCheltVenPeComenziFaraRegii::TfrmCheltVenPeComenziFaraRegii(QWidget *parent) : TReportForm(description(), parent)
+TfrmCheltVenPeComenziFaraRegii::TfrmCheltVenPeComenziFaraRegii(QWidget *parent) : TReportForm(rep::CheltVenPeComenziFaraRegii::description(), parent)
 {
     dsPostcalculRulaj = query();
 }

@@ -9,10 +9,6 @@ class TfrmCheltVenPeComenziFaraRegii : public TReportForm {
 public:
     explicit TfrmCheltVenPeComenziFaraRegii(QWidget *parent = nullptr);
 
-    // Text of dsPostcalculRulaj, sent as it stands.
-    static QString sqlPostcalculRulaj() { return rep::CheltVenPeComenziFaraRegii::sql(); }
-    static rep::ReportDesc description() { return rep::CheltVenPeComenziFaraRegii::description(); }
-
     db::Query *dsPostcalculRulaj = nullptr;
 };
 

@@ -2,7 +2,7 @@
 
 TfrmContareDocumente *frmContareDocumente = nullptr;
 
-TfrmContareDocumente::TfrmContareDocumente(QWidget *parent) : TReportForm(description(), parent)
+TfrmContareDocumente::TfrmContareDocumente(QWidget *parent) : TReportForm(rep::ContareDocumente::description(), parent)
 {
     dsView_Contab_Det = query();
 }

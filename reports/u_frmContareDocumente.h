@@ -9,10 +9,6 @@ class TfrmContareDocumente : public TReportForm {
 public:
     explicit TfrmContareDocumente(QWidget *parent = nullptr);
 
-    // Text of dsView_Contab_Det, sent as it stands.
-    static QString sqlViewContabDet() { return rep::ContareDocumente::sql(); }
-    static rep::ReportDesc description() { return rep::ContareDocumente::description(); }
-
     db::Query *dsView_Contab_Det = nullptr;
 };
 

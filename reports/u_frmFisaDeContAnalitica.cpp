@@ -9,7 +9,7 @@
 
 TfrmFisaDeContAnalitica *frmFisaDeContAnalitica = nullptr;
 
-TfrmFisaDeContAnalitica::TfrmFisaDeContAnalitica(QWidget *parent) : TReportForm(description(), parent)
+TfrmFisaDeContAnalitica::TfrmFisaDeContAnalitica(QWidget *parent) : TReportForm(rep::FisaDeContAnalitica::description(), parent)
 {
     dsFisaContAnalitic = query();
 

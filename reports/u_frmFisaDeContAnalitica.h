@@ -11,10 +11,6 @@ class TfrmFisaDeContAnalitica : public TReportForm {
 public:
     explicit TfrmFisaDeContAnalitica(QWidget *parent = nullptr);
 
-    // Text of dsFisaContAnalitic, sent as it stands.
-    static QString sqlFisaContAnalitic() { return rep::FisaDeContAnalitica::sql(); }
-    static rep::ReportDesc description() { return rep::FisaDeContAnalitica::description(); }
-
     // The ellipsis of cxButtonEdit1: the synthetic-account picker.
     void cxButtonEdit1PropertiesButtonClick();
 

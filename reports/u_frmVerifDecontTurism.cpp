@@ -2,7 +2,7 @@
 
 TfrmVerifDecontTurism *frmVerifDecontTurism = nullptr;
 
-TfrmVerifDecontTurism::TfrmVerifDecontTurism(QWidget *parent) : TReportForm(description(), parent)
+TfrmVerifDecontTurism::TfrmVerifDecontTurism(QWidget *parent) : TReportForm(rep::VerifDecontTurism::description(), parent)
 {
     dsViewVerifTvaInclus = query();
 }

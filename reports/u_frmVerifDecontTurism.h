@@ -9,10 +9,6 @@ class TfrmVerifDecontTurism : public TReportForm {
 public:
     explicit TfrmVerifDecontTurism(QWidget *parent = nullptr);
 
-    // Text of dsViewVerifTvaInclus, sent as it stands.
-    static QString sqlViewVerifTvaInclus() { return rep::VerifDecontTurism::sql(); }
-    static rep::ReportDesc description() { return rep::VerifDecontTurism::description(); }
-
     db::Query *dsViewVerifTvaInclus = nullptr;
 };
 

@@ -9,29 +9,73 @@
 #include "reports/u_frmFisaDeContAnalitica.h"
 #include "reports/u_frmVerifDecontTurism.h"
 
+#include <QHash>
+
+#include <stdexcept>
+
 namespace rep {
 
 namespace {
-template <class T>
-ReportEntry entry(const char *formName)
+
+struct Binding {
+    TReportForm *(*create)(QWidget *parent);
+    TReportForm *(*instance)();
+    void (*setInstance)(TReportForm *form);
+};
+
+template <class Form, Form **Global>
+Binding bind()
 {
-    return {QString::fromLatin1(formName), &T::description, [](QWidget *parent) -> TReportForm * { return new T(parent); }};
+    return {[](QWidget *parent) -> TReportForm * { return new Form(parent); },
+            []() -> TReportForm * { return *Global; },
+            [](TReportForm *f) { *Global = static_cast<Form *>(f); }};
 }
+
+// Each form under its global's name, which is its form name.
+#define QUARV_FORM(Form, global) {QStringLiteral(#global), bind<Form, &global>()}
+
+const QHash<QString, Binding> &bindings()
+{
+    static const QHash<QString, Binding> forms = {
+        QUARV_FORM(TfrmFisaDeContAnalitica, frmFisaDeContAnalitica),
+        QUARV_FORM(TfrmAnaliza_Profitabilitate, frmAnaliza_Profitabilitate),
+        QUARV_FORM(TfrmAnalizaRegistruJurnal, frmAnalizaRegistruJurnal),
+        QUARV_FORM(TfrmContareDocumente, frmContareDocumente),
+        QUARV_FORM(TfrmCheltVenPeComenziFaraRegii, frmCheltVenPeComenziFaraRegii),
+        QUARV_FORM(TfrmAnalizaContabilaDetaliata, frmAnalizaContabilaDetaliata),
+        QUARV_FORM(TfrmVerifDecontTurism, frmVerifDecontTurism),
+        QUARV_FORM(TfrmAnalizaPostcalcul, frmAnalizaPostcalcul),
+    };
+    return forms;
+}
+
+#undef QUARV_FORM
+
 } // namespace
 
-const QList<ReportEntry> &allReports()
+const QList<ReportForm> &reportForms()
 {
-    static const QList<ReportEntry> list = {
-        entry<TfrmFisaDeContAnalitica>("frmFisaDeContAnalitica"),
-        entry<TfrmAnalizaRegistruJurnal>("frmAnalizaRegistruJurnal"),
-        entry<TfrmAnalizaContabilaDetaliata>("frmAnalizaContabilaDetaliata"),
-        entry<TfrmContareDocumente>("frmContareDocumente"),
-        entry<TfrmCheltVenPeComenziFaraRegii>("frmCheltVenPeComenziFaraRegii"),
-        entry<TfrmAnaliza_Profitabilitate>("frmAnaliza_Profitabilitate"),
-        entry<TfrmVerifDecontTurism>("frmVerifDecontTurism"),
-        entry<TfrmAnalizaPostcalcul>("frmAnalizaPostcalcul"),
-    };
+    static const QList<ReportForm> list = [] {
+        QList<ReportForm> out;
+        for (const CatalogEntry &e : catalog()) {
+            const auto it = bindings().constFind(e.formName);
+            if (it == bindings().constEnd())
+                throw std::logic_error("no form for the analysis " + e.formName.toStdString());
+            out.append({&e, it->create, it->instance, it->setInstance});
+        }
+        if (out.size() != bindings().size())
+            throw std::logic_error("a form is bound to no analysis of the registry");
+        return out;
+    }();
     return list;
+}
+
+const ReportForm *reportForm(const QString &formName)
+{
+    for (const ReportForm &f : reportForms())
+        if (f.entry->formName == formName)
+            return &f;
+    return nullptr;
 }
 
 } // namespace rep

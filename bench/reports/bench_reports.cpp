@@ -566,7 +566,7 @@ int main(int argc, char **argv)
         {
             auto *det = showForm<TfrmAnalizaContabilaDetaliata>();
             setPeriod(det, booksStart, booksEnd);
-            const QString sql = TfrmAnalizaContabilaDetaliata::sqlViewContabDet();
+            const QString sql = rep::AnalizaContabilaDetaliata::sql();
             benchCautaVsRaw("contab_det", det, raw.get(), sql, booksStart, booksEnd, repeat, [] {});
 
             const QString psql = psqlProgram();
@@ -617,7 +617,7 @@ int main(int argc, char **argv)
         {
             auto *prof = showForm<TfrmAnaliza_Profitabilitate>();
             setPeriod(prof, booksStart, booksEnd);
-            benchCautaVsRaw("profitabilitate", prof, raw.get(), TfrmAnaliza_Profitabilitate::sqlPostcalculRulaj(),
+            benchCautaVsRaw("profitabilitate", prof, raw.get(), rep::Analiza_Profitabilitate::sql(),
                             booksStart, booksEnd, repeat, [prof] { prof->query()->close(); });
             if (!shots.isEmpty())
                 shot(prof, shots, "profitabilitate.png");
@@ -630,7 +630,7 @@ int main(int argc, char **argv)
         {
             auto *tur = showForm<TfrmVerifDecontTurism>();
             setPeriod(tur, monthStart, monthEnd);
-            benchCautaVsRaw("turism", tur, raw.get(), TfrmVerifDecontTurism::sqlViewVerifTvaInclus(), monthStart,
+            benchCautaVsRaw("turism", tur, raw.get(), rep::VerifDecontTurism::sql(), monthStart,
                             monthEnd, repeat, [] {});
 
             const PlainSheet cells = gridCells(tur);

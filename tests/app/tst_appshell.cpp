@@ -183,11 +183,14 @@ private slots:
         QVERIFY(!menu()->cxGroupBoxMenu->isVisible());
         QCOMPARE(menu()->btnLog->text(), QStringLiteral("LogIn"));
         QCOMPARE(menu()->Label1->text(), QStringLiteral("v. 2025.02.10 10:30        "));
-        const QList<int> widths = {menu()->btnFisaCont->width(), menu()->btnAnalizaProfitabilitate->width(),
-                                   menu()->btnAnalizaRegJurn->width(), menu()->btnContareDoc->width(),
-                                   menu()->cxButton1->width(), menu()->btnAnalizaContabilaDetaliata->width(),
-                                   menu()->cxButton2->width(), menu()->cxButton3->width()};
-        QCOMPARE(widths, QList<int>({123, 123, 123, 123, 227, 147, 147, 147}));
+        QStringList buttons;
+        for (QPushButton *b : menu()->cxGroupBoxMenu->findChildren<QPushButton *>())
+            buttons << b->objectName() + u' ' + b->text();
+        QCOMPARE(buttons, QStringList({u"btnFisaCont Fisa de Cont"_s, u"btnAnalizaProfitabilitate Analiza Profitabilitate"_s,
+                                       u"btnAnalizaRegJurn Analiza Registru Jurnal"_s, u"btnContareDoc Contare Documente"_s,
+                                       u"cxButton1 Chelt/Ven Pe Comenzi(fara regii repartizate)"_s,
+                                       u"btnAnalizaContabilaDetaliata Analiza Contabila Detaliata"_s,
+                                       u"cxButton2 Verificare Decont Turism"_s, u"cxButton3 Analiza Postcalcul"_s}));
 
         // The sheets the grids use.
         const ui::GridStyleSheet &rep = dmQuarv->GridTableViewStyleSheetReport();
@@ -502,8 +505,8 @@ private slots:
     void reportButtons()
     {
         QWidget *firstSheet = qobject_cast<QWidget *>(createdForms().at(7));
-        QTest::mouseClick(menu()->btnFisaCont, Qt::LeftButton);
-        QTest::mouseClick(menu()->btnFisaCont, Qt::LeftButton);
+        QTest::mouseClick(menu()->reportButton(u"btnFisaCont"_s), Qt::LeftButton);
+        QTest::mouseClick(menu()->reportButton(u"btnFisaCont"_s), Qt::LeftButton);
         QVERIFY(frmFisaDeContAnalitica->isVisible());
         QVERIFY(!firstSheet->isVisible());
         int shown = 0;
@@ -513,12 +516,12 @@ private slots:
 
         // The form that was never created: the default error report, nothing opens.
         const int before = QApplication::topLevelWidgets().size();
-        QTest::mouseClick(menu()->cxButton3, Qt::LeftButton);
+        QTest::mouseClick(menu()->reportButton(u"cxButton3"_s), Qt::LeftButton);
         QCOMPARE(m_msg->errors.size(), 1);
         QVERIFY(m_msg->errors.first().contains(u"frmAnalizaPostcalcul"_s));
         QCOMPARE(QApplication::topLevelWidgets().size(), before);
         // The menu goes on working.
-        QTest::mouseClick(menu()->btnContareDoc, Qt::LeftButton);
+        QTest::mouseClick(menu()->reportButton(u"btnContareDoc"_s), Qt::LeftButton);
         QVERIFY(frmContareDocumente->isVisible());
         QCOMPARE(m_msg->errors.size(), 1);
     }
@@ -543,7 +546,7 @@ private slots:
         QCOMPARE(frmLogin, nullptr);
         bool closedWithReportOpen = false;
         QTimer::singleShot(0, qApp, [&] {
-            menu()->btnContareDocClick();
+            menu()->showReport(u"frmContareDocumente"_s);
             closedWithReportOpen = frmContareDocumente->isVisible() && menu()->isVisible();
             menu()->close();
         });

@@ -255,7 +255,7 @@ void TestDemoData::accountSheetRuns()
         setPeriod("2026-04-01", "2026-06-30");
         pg().exec(QStringLiteral("create table t_next as %1").arg(QLatin1String(kOpening)));
         setPeriod("2026-01-01", "2026-03-31");
-        QString sql = TfrmFisaDeContAnalitica::sqlFisaContAnalitic();
+        QString sql = rep::FisaDeContAnalitica::sql();
         sql.replace(QStringLiteral(":pConts"), QStringLiteral("'4111'"));
         pg().exec(QStringLiteral("create table t_fisa as ") + sql);
 
@@ -285,7 +285,7 @@ void TestDemoData::accountSheetRuns()
 void TestDemoData::journalRegisterRuns()
 {
     try {
-        QString sql = TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal();
+        QString sql = rep::AnalizaRegistruJurnal::sql();
         sql.replace(QStringLiteral(":pDataIncep"), QStringLiteral("date '2025-11-01'"));
         sql.replace(QStringLiteral(":pDataSf"), QStringLiteral("date '2025-12-31'"));
         pg().exec(QStringLiteral("create table t_reg as ") + sql);

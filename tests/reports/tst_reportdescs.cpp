@@ -44,14 +44,6 @@ QString digestOf(const QString &sql)
     return QString::fromLatin1(QCryptographicHash::hash(sql.toUtf8(), QCryptographicHash::Sha256).toHex());
 }
 
-const rep::ReportEntry *entryOf(const QString &form)
-{
-    for (const rep::ReportEntry &e : rep::allReports())
-        if (e.formName == form)
-            return &e;
-    return nullptr;
-}
-
 bool anyContains(const QStringList &faults, const QString &a, const QString &b)
 {
     for (const QString &f : faults)
@@ -88,16 +80,16 @@ private slots:
     void everyReport_data()
     {
         QTest::addColumn<QString>("form");
-        for (const rep::ReportEntry &e : rep::allReports())
-            QTest::newRow(qPrintable(e.formName)) << e.formName;
+        for (const rep::ReportForm &e : rep::reportForms())
+            QTest::newRow(qPrintable(e.entry->formName)) << e.entry->formName;
     }
 
     void everyReport()
     {
         QFETCH(QString, form);
-        const rep::ReportEntry *entry = entryOf(form);
+        const rep::ReportForm *entry = rep::reportForm(form);
         QVERIFY(entry);
-        const rep::ReportDesc d = entry->description();
+        const rep::ReportDesc d = entry->entry->description();
         QCOMPARE(d.formName, form);
         const QStringList faults = rep::validate(d);
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
@@ -156,7 +148,7 @@ private slots:
     // Each mistake is caught and named with the report and the name at fault.
     void mistakesAreNamed()
     {
-        const rep::ReportDesc good = rep::allReports().first().description();
+        const rep::ReportDesc good = rep::catalog().first().description();
         const QString form = good.formName;
 
         rep::ReportDesc d = good;

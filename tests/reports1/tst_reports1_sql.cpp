@@ -26,7 +26,7 @@ class TestReports1Sql : public QObject {
     {
         auto *q = new db::Query(this);
         q->setConnection(&m_conn);
-        q->setSql(TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal());
+        q->setSql(rep::AnalizaRegistruJurnal::sql());
         q->setParam(QStringLiteral("pDataIncep"), from);
         q->setParam(QStringLiteral("pDataSf"), to);
         q->open();
@@ -36,7 +36,7 @@ class TestReports1Sql : public QObject {
     {
         auto *q = new db::Query(this);
         q->setConnection(&m_conn);
-        q->setSql(TfrmFisaDeContAnalitica::sqlFisaContAnalitic());
+        q->setSql(rep::FisaDeContAnalitica::sql());
         q->setParam(QStringLiteral("pConts"), conts);
         q->open();
         return q;
@@ -74,10 +74,10 @@ insert into conta_lang values
     void parameters()
     {
         db::Query q;
-        q.setSql(TfrmAnalizaRegistruJurnal::sqlAnalizaRegistruJurnal());
+        q.setSql(rep::AnalizaRegistruJurnal::sql());
         QCOMPARE(q.paramNames(), QStringList({QStringLiteral("pDataIncep"), QStringLiteral("pDataSf")}));
         // The switched-off account filter is a comment, not a second parameter.
-        q.setSql(TfrmFisaDeContAnalitica::sqlFisaContAnalitic());
+        q.setSql(rep::FisaDeContAnalitica::sql());
         QCOMPARE(q.paramNames(), QStringList({QStringLiteral("pConts")}));
     }
 
