@@ -356,16 +356,18 @@ bool Connection::waitForServer()
     QElapsedTimer quiet;
     quiet.start();
     for (;;) {
-        const int r = waitReadable(PQsocket(m_conn.get()), int(std::min<qint64>(slice, silence - quiet.elapsed())));
-        if (r != 0)
-            return true; // data, or a broken socket the client library will report
-        if (quiet.elapsed() < silence) {
-            busy::pulseNow();
+        // Read once: a watcher served between two reads may take longer than what was left.
+        const qint64 left = silence - quiet.elapsed();
+        if (left <= 0) {
+            if (!serverAnswers())
+                return false;
+            quiet.restart();
             continue;
         }
-        if (!serverAnswers())
-            return false;
-        quiet.restart();
+        const int r = waitReadable(PQsocket(m_conn.get()), int(std::min<qint64>(slice, left)));
+        if (r != 0)
+            return true; // data, or a broken socket the client library will report
+        busy::pulseNow();
     }
 }
 
@@ -453,6 +455,9 @@ void Connection::abandonStatement() noexcept
 
 pg::ResultPtr Connection::exec(const QByteArray &sql, const std::vector<pg::Param> &params, Send how)
 {
+    // Only the rows of a fetch can be stopped: a command, a post or the
+    // session's set-up run to their end, or the link would be left busy.
+    busy::Unstoppable whole;
     send(sql, params, how);
     pg::ResultPtr last;
     pg::ResultPtr failed;

@@ -11,7 +11,12 @@
 
 #include <xlsxwriter.h>
 
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <memory>
 #include <string>
+#include <thread>
 
 namespace grid {
 
@@ -38,14 +43,31 @@ void commitAside(QSaveFile &file, const QString &path)
 
 // The pieces every variant writes, in the one export layout.
 struct ExportSource {
+    // Changes asked while the export runs (a timer served by its progress)
+    // wait until it has read the rows.
+    struct Hold {
+        GridModel &model;
+        explicit Hold(const GridModel &m) : model(const_cast<GridModel &>(m)) { GridModelAccess::beginBatch(model); }
+        ~Hold()
+        {
+            try {
+                GridModelAccess::endBatch(model);
+            } catch (...) {
+                // a refused change of the focus; the rows are rebuilt all the same
+            }
+        }
+        Hold(const Hold &) = delete;
+        Hold &operator=(const Hold &) = delete;
+    };
     const GridModel &m;
     const GridModel::Impl &d;
+    Hold hold;
     QList<int> cols;              // visible columns, display order
     bool groupFooters;
     bool footer;
 
     explicit ExportSource(const GridModel &model)
-        : m(model), d(GridModelAccess::impl(model)), cols(model.visibleColumns()),
+        : m(model), d(GridModelAccess::impl(model)), hold(model), cols(model.visibleColumns()),
           groupFooters(d.groupFooters && !d.groupSums.isEmpty() && !d.groupCols.empty()),
           footer(d.footer && !d.footerSums.isEmpty() && !d.records.empty())
     {
@@ -240,7 +262,7 @@ public:
         // Only after a failure or a stop: freed without packing what was
         // written (seconds for a large grid); the temporary file is dropped.
         if (m_wb)
-            lxw_workbook_free(m_wb);
+            freeUnpacked(m_wb);
     }
 
     void run()
@@ -302,15 +324,56 @@ public:
 
 private:
     // Closing packs the whole workbook in one call of the library, seconds
-    // for a large grid: it runs aside while the windows are served. A stop
-    // asked meanwhile waits for it (the library cannot be left half way) and
-    // then drops the file.
-    static lxw_error closeWorkbook(lxw_workbook *wb)
+    // for a large grid: watched, it runs on a thread of its own while the
+    // windows are served. A stop asked meanwhile does not wait for it: the
+    // thread is left to finish packing into the temporary file, which is
+    // removed at once (the thread keeps writing to the removed file and
+    // frees the workbook when it is done).
+    lxw_error closeWorkbook(lxw_workbook *wb)
     {
-        lxw_error err = LXW_NO_ERROR;
-        if (db::busy::aside([&] { err = workbook_close(wb); }))
-            throw db::busy::Cancelled{};
-        return err;
+        if (!db::busy::watched())
+            return workbook_close(wb);
+        struct Shared {
+            std::atomic<bool> done{false};
+            lxw_error err = LXW_NO_ERROR;
+        };
+        auto shared = std::make_shared<Shared>();
+        std::thread packer([wb, shared] {
+            shared->err = workbook_close(wb);
+            shared->done.store(true);
+        });
+        try {
+            while (!shared->done.load()) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+                db::busy::tick();
+            }
+        } catch (...) {
+            // Left only once it writes into the temporary file: removed
+            // before the library opens it, the file would come back.
+            const QString tmp = m_tmp.fileName();
+            while (!shared->done.load() && QFileInfo(tmp).size() == 0)
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            packer.detach();
+            throw;
+        }
+        packer.join();
+        return shared->err;
+    }
+
+    // A workbook never packed: the library frees it without closing the
+    // temporary files its worksheets write their rows to (hundreds of
+    // megabytes for a large grid), so they are closed here.
+    static void freeUnpacked(lxw_workbook *wb)
+    {
+        lxw_worksheet *ws = nullptr;
+        STAILQ_FOREACH(ws, wb->worksheets, list_pointers)
+        {
+            if (ws->optimize_tmpfile) {
+                std::fclose(ws->optimize_tmpfile);
+                ws->optimize_tmpfile = nullptr;
+            }
+        }
+        lxw_workbook_free(wb);
     }
 
     lxw_format *cellFormat(const ColState &cs, bool bold)

@@ -221,7 +221,8 @@ bool GridAccessibleCell::isValid() const
     if (!m_view)
         return false;
     const grid::GridModel *m = m_view->model();
-    return m_col >= 0 && m_col < m->visibleColumns().size() && m_row < m_view->totalRows();
+    // No cell while the rows are rebuilt (a reader served by long work).
+    return !m->isRebuilding() && m_col >= 0 && m_col < m->visibleColumns().size() && m_row < m_view->totalRows();
 }
 
 QAccessibleInterface *GridAccessibleCell::parent() const { return const_cast<GridAccessibleTable *>(m_table); }

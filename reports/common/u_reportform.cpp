@@ -327,6 +327,9 @@ void TReportForm::Cauta()
     if (m_ownDataList && m_ownDataList->connection() == nullptr && dmQuarv)
         m_ownDataList->setConnection(dmQuarv->pgConn);
 
+    // A run stopped before is not what the status bar says of this one.
+    if (statusText() == cancelledText())
+        setStatusText(QString());
     FormRunHost host(*this);
     ui::ProgressWatch progress(this);
     try {

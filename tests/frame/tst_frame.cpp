@@ -696,10 +696,7 @@ private slots:
 
         // The fetch, stopped with Esc.
         stop = [](QDialog *w) { QTest::keyClick(w, Qt::Key_Escape); };
-        QElapsedTimer t;
-        t.start();
         f.Cauta();
-        QVERIFY2(t.elapsed() < 15000, "the fetch was not stopped");
         QVERIFY(sawWindow);
         QVERIFY2(texts.value(2).startsWith(QStringLiteral("Se citesc datele... ")) && texts.value(2).endsWith(QStringLiteral(" randuri")),
                  qPrintable(texts.join(QLatin1Char('|'))));
@@ -719,6 +716,7 @@ private slots:
         f.Cauta();
         QVERIFY(!sawWindow);
         QCOMPARE(f.gridModel()->recordCount(), qsizetype(3));
+        QVERIFY(f.statusText().isEmpty()); // no longer says the run was stopped
 
         // A long export stopped with "Renunta": no file, no temporary file,
         // the file of that name as it was.

@@ -11,6 +11,7 @@
 #include "grid/u_gridlayout.h"
 #include "grid/u_gridmodel.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -1187,7 +1188,13 @@ void TstGridCore::longWorkServedAndStopped()
         {"xlsx", [&] { exportGridXlsx(m, old); }},
         {"all data", [&] { db::moveToText(l.ds, old, QLatin1Char(';')); }},
     };
+    // Open files, to see that a stopped writer keeps none (the workbook's
+    // worksheets write their rows to temporary files of their own).
+    auto openFiles = [] {
+        return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot).size();
+    };
     for (const auto &[name, write] : writers) {
+        const qsizetype filesBefore = openFiles();
         QFile f(old);
         QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
         f.write("vechi");
@@ -1204,6 +1211,7 @@ void TstGridCore::longWorkServedAndStopped()
         QVERIFY_THROWS_EXCEPTION(db::busy::Cancelled, write());
         QVERIFY2(stoppedAt >= 20000 && stoppedAt < qsizetype(l.cents.size()), name);
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("vechi")});
+        QCOMPARE(openFiles(), filesBefore);
         QVERIFY(f.open(QIODevice::ReadOnly));
         QCOMPARE(f.readAll(), QByteArray("vechi"));
     }

@@ -167,6 +167,8 @@ volatile std::sig_atomic_t g_signal = 0;
 extern "C" void onStopSignal(int sig)
 {
     g_signal = sig;
+    // A second one ends the program at once, as it would without this handler.
+    std::signal(sig, SIG_DFL);
 }
 
 struct Interrupted {
