@@ -4,12 +4,24 @@
 #include <QLocale>
 #include <QStandardPaths>
 
+#include <cstdio>
+#include <iostream>
+#include <string>
+
 #ifdef Q_OS_WIN
 #  ifndef NOMINMAX
 #    define NOMINMAX
 #  endif
+#  include <io.h>
 #  include <windows.h>
 #  include <shlobj.h>
+#  define QUARV_ISATTY _isatty
+#  define QUARV_FILENO _fileno
+#else
+#  include <termios.h>
+#  include <unistd.h>
+#  define QUARV_ISATTY isatty
+#  define QUARV_FILENO fileno
 #endif
 
 namespace platform {
@@ -81,6 +93,51 @@ void setDocumentsFolderOverride(std::optional<QString> folder)
 void setListSeparatorOverride(std::optional<QChar> separator)
 {
     g_separator = separator;
+}
+
+bool stdinIsTerminal()
+{
+    return QUARV_ISATTY(QUARV_FILENO(stdin)) != 0;
+}
+
+bool stderrIsTerminal()
+{
+    return QUARV_ISATTY(QUARV_FILENO(stderr)) != 0;
+}
+
+std::optional<QString> readLineUnechoed()
+{
+#ifdef Q_OS_WIN
+    HANDLE in = GetStdHandle(STD_INPUT_HANDLE);
+    DWORD mode = 0;
+    const bool hide = GetConsoleMode(in, &mode) != 0;
+    if (hide)
+        SetConsoleMode(in, mode & ~DWORD(ENABLE_ECHO_INPUT));
+#else
+    termios saved{};
+    const bool hide = stdinIsTerminal() && tcgetattr(STDIN_FILENO, &saved) == 0;
+    if (hide) {
+        termios quiet = saved;
+        quiet.c_lflag &= ~tcflag_t(ECHO);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+    }
+#endif
+    std::string line;
+    const bool got = bool(std::getline(std::cin, line));
+#ifdef Q_OS_WIN
+    if (hide)
+        SetConsoleMode(in, mode);
+#else
+    if (hide)
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
+#endif
+    if (hide)
+        std::fputc('\n', stderr);
+    if (!got)
+        return std::nullopt;
+    if (!line.empty() && line.back() == '\r')
+        line.pop_back();
+    return QString::fromStdString(line);
 }
 
 } // namespace platform

@@ -1,7 +1,8 @@
 #pragma once
 // What the programs ask of the desktop they run on: the user's Documents
-// folder and the list separator of the user's locale (Qt Core only). Windows calls on
-// Windows, the nearest equivalent elsewhere; tests can pin both.
+// folder and the list separator of the user's locale (Qt Core only), and for
+// the command-line exporter, its terminal. Windows calls on Windows, the
+// nearest equivalent elsewhere; tests can pin the folder and the separator.
 
 #include <QChar>
 #include <QString>
@@ -22,6 +23,13 @@ QString documentsFile(const QString &folder, const QString &nameWithBackslash);
 // First character of the user locale's list separator (',' when unknown).
 // Outside Windows: ';' when the locale's decimal point is ',', else ','.
 QChar listSeparator();
+
+// Whether standard input, or standard error, is a terminal.
+bool stdinIsTerminal();
+bool stderrIsTerminal();
+// One line of standard input without its line end; typed at a terminal it is
+// not shown (and the line end is echoed once read). nullopt at the end of input.
+std::optional<QString> readLineUnechoed();
 
 // Test hooks: a value pins the answer, std::nullopt asks the system again.
 void setDocumentsFolderOverride(std::optional<QString> folder);

@@ -9,6 +9,8 @@
 #include "reports/common/u_frmGridStyle.h"
 #include "reports/common/u_reportform.h"
 #include "tests/support/u_pgtestserver.h"
+#include "tests/support/u_testfiles.h"
+#include "tests/support/u_testsession.h"
 #include "grid/u_gridlayout.h"
 #include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
@@ -75,19 +77,6 @@ rep::ReportDesc testDesc(const QString &name, const QString &key)
     return d;
 }
 
-QStringList fileLines(const QString &path)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly))
-        return {};
-    QString s = QString::fromUtf8(f.readAll());
-    if (s.startsWith(QChar(0xFEFF)))
-        s.remove(0, 1);
-    QStringList lines = s.split(QStringLiteral("\r\n"));
-    if (!lines.isEmpty() && lines.last().isEmpty())
-        lines.removeLast();
-    return lines;
-}
 
 class Form : public TReportForm {
 public:
@@ -107,8 +96,9 @@ protected:
 
 class TestFrame : public QObject {
     Q_OBJECT
-    QTemporaryDir m_docs;
-    ui::ScopedRecordingMessages *m_msg = nullptr;
+    std::unique_ptr<TestSession> m_session;
+    ui::RecordingMessages *m_msg = nullptr;
+    QString docs() const { return m_session->docs.path(); }
     PgTestServer *m_pg = nullptr;
 
     void setPeriod(TReportForm &f, QDate a, QDate b)
@@ -121,13 +111,8 @@ private slots:
     void initTestCase()
     {
         m_pg = &PgTestServer::instance();
-        m_msg = new ui::ScopedRecordingMessages;
-        dmQuarv = new TdmQuarv;
-        m_pg->configure(*dmQuarv->pgConn);
-        dmQuarv->pgConn->open();
-        dmQuarv->emitent = QStringLiteral("E1");
-        dmQuarv->caleDocumente = m_docs.path();
-        platform::setListSeparatorOverride(QChar(u';'));
+        m_session = std::make_unique<TestSession>(QStringLiteral("E1"));
+        m_msg = &m_session->messages;
         m_pg->exec(QStringLiteral(
             "create table frame_fix (cod varchar(10), den varchar(50), suma double precision, zi date);"
             "insert into frame_fix values ('A1', 'Alfa', 10.5, '2024-01-20'), ('B2', 'Beta \"b\"', 20, '2024-02-01'),"
@@ -139,10 +124,7 @@ private slots:
     {
         delete frmGridStyle;
         frmGridStyle = nullptr;
-        delete dmQuarv;
-        dmQuarv = nullptr;
-        platform::setListSeparatorOverride(std::nullopt);
-        delete m_msg;
+        m_session.reset();
     }
 
     void init() { m_msg->clear(); }
@@ -289,7 +271,7 @@ private slots:
     {
         Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
         ui::ScopedQueuedFileDialog dlg;
-        const QString dir = m_docs.path();
+        const QString dir = docs();
 
         // Before any run: all data refused, no dialog.
         f.exportButton(rep::ExportKind::AllDataCsv)->click();
@@ -311,7 +293,7 @@ private slots:
         f.exportButton(rep::ExportKind::GridCsv)->click();
         QCOMPARE(dlg.askedFilters.last(), QStringLiteral("*.csv"));
         QCOMPARE(dlg.askedNames.last(), dir + QStringLiteral("/Proba.csv"));
-        QStringList a = fileLines(dir + QStringLiteral("/a.csv"));
+        QStringList a = readLines(dir + QStringLiteral("/a.csv"));
         QCOMPARE(a.value(0), QStringLiteral("Suma;Cod;Denumire"));
         QCOMPARE(a.value(1), QStringLiteral("20,00;B2;\"Beta \"\"b\"\"\""));
         QCOMPARE(a.size(), 5); // header, three rows, footer
@@ -322,7 +304,7 @@ private slots:
         // B: every row and field of the query, field names, quoted text.
         dlg.answers << dir + QStringLiteral("/b.csv");
         f.exportButton(rep::ExportKind::AllDataCsv)->click();
-        const QStringList b = fileLines(dir + QStringLiteral("/b.csv"));
+        const QStringList b = readLines(dir + QStringLiteral("/b.csv"));
         QCOMPARE(b.size(), 5);
         QVERIFY2(b.value(0).remove(QLatin1Char('"')) == QStringLiteral("cod;den;suma;zi"), qPrintable(b.value(0)));
         QCOMPARE(b.value(1), QStringLiteral("\"A1\";\"Alfa\";10,5;2024-01-20"));
@@ -337,7 +319,7 @@ private slots:
         f.setStatusText(QStringLiteral("inainte"));
         dlg.answers << dir + QStringLiteral("/c.csv");
         f.exportButton(rep::ExportKind::GridText)->click();
-        QCOMPARE(fileLines(dir + QStringLiteral("/c.csv")).value(0), QStringLiteral("\"Suma\"\t\"Cod\"\t\"Denumire\""));
+        QCOMPARE(readLines(dir + QStringLiteral("/c.csv")).value(0), QStringLiteral("\"Suma\"\t\"Cod\"\t\"Denumire\""));
         QCOMPARE(f.statusText(), QStringLiteral("inainte"));
         QCOMPARE(m_msg->informations.size(), 2);
 
@@ -354,7 +336,7 @@ private slots:
         dlg.answers << dir + QStringLiteral("/e.csv");
         f.exportButton(rep::ExportKind::GridCsvStatus)->click();
         QCOMPARE(f.statusText(), QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
-        QCOMPARE(fileLines(dir + QStringLiteral("/e.csv")), a);
+        QCOMPARE(readLines(dir + QStringLiteral("/e.csv")), a);
         QCOMPARE(m_msg->informations.size(), 2);
 
         // Names typed without an extension get the variant's; the status bar
@@ -445,7 +427,7 @@ private slots:
         gs->btnSalveaza->click();
         QVERIFY2(m_msg->errors.isEmpty(), qPrintable(m_msg->errors.join(u'|')));
         QCOMPARE(m_pg->scalar(QStringLiteral("select grid_style_string from grid_style")).toString(), QStringLiteral(" "));
-        QVERIFY(QFile::exists(m_docs.path() + QStringLiteral("/grid.ini")));
+        QVERIFY(QFile::exists(docs() + QStringLiteral("/grid.ini")));
 
         // Messed up, then restored: order, widths, grouping, sorting, filter, summaries.
         v1->clearGrouping();
@@ -645,7 +627,7 @@ private slots:
         dmQuarv->caleDocumente = QStringLiteral("/nu/exista");
         m_msg->clear();
         gs->btnSalveaza->click();
-        dmQuarv->caleDocumente = m_docs.path();
+        dmQuarv->caleDocumente = docs();
         QCOMPARE(m_msg->errors.size(), 1);
         QVERIFY(!QGuiApplication::overrideCursor());
         QVERIFY(m_pg->scalar(QStringLiteral("select grid_style_bytea is null from grid_style")).toBool());

@@ -108,21 +108,6 @@ std::vector<db::FieldDef> filterLedgerFields()
             {QStringLiteral("da_nu"), FieldType::Bool},      {QStringLiteral("doc_id"), FieldType::Int64}};
 }
 
-QStringList readLines(const QString &path, bool *bom = nullptr)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly))
-        return {};
-    QByteArray all = f.readAll();
-    if (bom)
-        *bom = all.startsWith("\xEF\xBB\xBF");
-    if (all.startsWith("\xEF\xBB\xBF"))
-        all.remove(0, 3);
-    QStringList lines = QString::fromUtf8(all).split(QStringLiteral("\r\n"));
-    if (!lines.isEmpty() && lines.last().isEmpty())
-        lines.removeLast();
-    return lines;
-}
 
 } // namespace
 

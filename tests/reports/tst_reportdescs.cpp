@@ -8,6 +8,7 @@
 #include "reports/u_reportlist.h"
 #include "session/u_dmQuarv.h"
 #include "tests/support/u_pgtestserver.h"
+#include "tests/support/u_testsession.h"
 #include "ui/u_grid.h"
 #include "ui/u_messages.h"
 
@@ -56,15 +57,12 @@ bool anyContains(const QStringList &faults, const QString &a, const QString &b)
 
 class TestReportDescs : public QObject {
     Q_OBJECT
-    ui::ScopedRecordingMessages *m_msg = nullptr;
+    std::unique_ptr<TestSession> m_session;
 
 private slots:
     void initTestCase()
     {
-        m_msg = new ui::ScopedRecordingMessages;
-        dmQuarv = new TdmQuarv;
-        PgTestServer::instance().configure(*dmQuarv->pgConn);
-        dmQuarv->pgConn->open();
+        m_session = std::make_unique<TestSession>();
         // An empty period: every view answers with its fields and no rows.
         PgTestServer::instance().exec(QStringLiteral(
             "delete from data_list; insert into data_list (data_incep, data_sf) values ('1900-01-01', '1900-01-31')"));
@@ -72,9 +70,7 @@ private slots:
 
     void cleanupTestCase()
     {
-        delete dmQuarv;
-        dmQuarv = nullptr;
-        delete m_msg;
+        m_session.reset();
     }
 
     void everyReport_data()

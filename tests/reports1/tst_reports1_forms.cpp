@@ -7,6 +7,7 @@
 #include "reports/u_frmAnalizaRegistruJurnal.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
 #include "tests/support/u_pgtestserver.h"
+#include "tests/support/u_testsession.h"
 #include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
 #include "ui/u_filedialog.h"
@@ -45,20 +46,17 @@ QString readFile(const QString &path)
 
 class TestReports1Forms : public QObject {
     Q_OBJECT
-    QTemporaryDir m_dir;
-    ui::ScopedRecordingMessages *m_msg = nullptr;
+    std::unique_ptr<TestSession> m_session;
+    ui::RecordingMessages *m_msg = nullptr;
+    QString docsFile(const QString &name) const { return m_session->docs.filePath(name); }
 
     static void click(TReportForm *f) { QTest::mouseClick(f->runButton(), Qt::LeftButton); }
 
 private slots:
     void initTestCase()
     {
-        m_msg = new ui::ScopedRecordingMessages;
-        platform::setListSeparatorOverride(QChar(u';'));
-        dmQuarv = new TdmQuarv;
-        dmQuarv->caleDocumente = m_dir.path();
-        PgTestServer::instance().configure(*dmQuarv->pgConn);
-        dmQuarv->pgConn->open();
+        m_session = std::make_unique<TestSession>();
+        m_msg = &m_session->messages;
         frmConts_select = new TfrmConts_select;
         frmAnalizaRegistruJurnal = new TfrmAnalizaRegistruJurnal;
         frmFisaDeContAnalitica = new TfrmFisaDeContAnalitica;
@@ -88,9 +86,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         delete frmFisaDeContAnalitica;
         delete frmAnalizaRegistruJurnal;
         delete frmConts_select;
-        delete dmQuarv;
-        platform::setListSeparatorOverride(std::nullopt);
-        delete m_msg;
+        m_session.reset();
     }
 
     void registerRunAndGrid()
@@ -181,8 +177,8 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         f->gridModel()->setFilterText(f->gridModel()->columnIndex(QStringLiteral("tip_doc")), QStringLiteral("OP"));
         m_msg->clear();
         ui::ScopedQueuedFileDialog dlg;
-        const QString grid = m_dir.filePath(QStringLiteral("grid.csv"));
-        const QString all = m_dir.filePath(QStringLiteral("all.csv"));
+        const QString grid = docsFile(QStringLiteral("grid.csv"));
+        const QString all = docsFile(QStringLiteral("all.csv"));
         dlg.answers << grid << all << QString();
         QTest::mouseClick(f->findChild<QPushButton *>(QStringLiteral("cxButton2")), Qt::LeftButton);
         QCOMPARE(f->statusText(), grid);
@@ -331,7 +327,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         click(f);
         m_msg->clear();
         ui::ScopedQueuedFileDialog dlg;
-        const QString path = m_dir.filePath(QStringLiteral("fisa.csv"));
+        const QString path = docsFile(QStringLiteral("fisa.csv"));
         dlg.answers << path << QString();
         auto *btn = f->findChild<QPushButton *>(QStringLiteral("cxButton2"));
         QCOMPARE(btn->text(), QStringLiteral("Export csv"));

@@ -13,6 +13,7 @@
 #include "reports/u_frmVerifDecontTurism.h"
 #include "session/u_dmQuarv.h"
 #include "tests/support/u_pgtestserver.h"
+#include "tests/support/u_testsession.h"
 #include "tests/support/u_testfiles.h"
 #include "ui/u_dateedit.h"
 #include "ui/u_filedialog.h"
@@ -51,8 +52,10 @@ QString errorOf(TReportForm *f)
 
 class TestReports2 : public QObject {
     Q_OBJECT
-    QTemporaryDir m_docs;
-    ui::ScopedRecordingMessages *m_msg = nullptr;
+    std::unique_ptr<TestSession> m_session;
+    ui::RecordingMessages *m_msg = nullptr;
+    QString docs() const { return m_session->docs.path(); }
+    QString docsFile(const QString &name) const { return m_session->docs.filePath(name); }
     PgTestServer *m_pg = nullptr;
 
     static void setPeriod(TReportForm *f, const QDate &a, const QDate &b)
@@ -91,12 +94,8 @@ private slots:
     void initTestCase()
     {
         m_pg = &PgTestServer::instance();
-        m_msg = new ui::ScopedRecordingMessages;
-        platform::setListSeparatorOverride(QChar(u';'));
-        dmQuarv = new TdmQuarv;
-        dmQuarv->caleDocumente = m_docs.path();
-        m_pg->configure(*dmQuarv->pgConn);
-        dmQuarv->pgConn->open();
+        m_session = std::make_unique<TestSession>();
+        m_msg = &m_session->messages;
 
         // Postings for the ledger views: March and April 2024, one line of
         // another type, budget chapters on one side only, a value holding a
@@ -128,10 +127,7 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
 
     void cleanupTestCase()
     {
-        delete dmQuarv;
-        dmQuarv = nullptr;
-        platform::setListSeparatorOverride(std::nullopt);
-        delete m_msg;
+        m_session.reset();
     }
 
     void init()
@@ -199,12 +195,12 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
 
         // Exports A and B under the form's own file name.
         ui::ScopedQueuedFileDialog dlg;
-        dlg.answers << m_docs.filePath(QStringLiteral("a.csv")) << m_docs.filePath(QStringLiteral("b.csv"));
+        dlg.answers << docsFile(QStringLiteral("a.csv")) << docsFile(QStringLiteral("b.csv"));
         f.exportButton(rep::ExportKind::GridCsv)->click();
         f.exportButton(rep::ExportKind::AllDataCsv)->click();
-        QCOMPARE(dlg.askedNames, QStringList(2, m_docs.path() + QStringLiteral("/AnalizaContabilaDetaliata.csv")));
-        QVERIFY(readTextFile(m_docs.filePath(QStringLiteral("a.csv"))).contains(QStringLiteral("aprilie")));
-        QVERIFY(readTextFile(m_docs.filePath(QStringLiteral("b.csv"))).section(QLatin1Char('\n'), 0, 0).contains(QStringLiteral("aplicatie")));
+        QCOMPARE(dlg.askedNames, QStringList(2, docs() + QStringLiteral("/AnalizaContabilaDetaliata.csv")));
+        QVERIFY(readTextFile(docsFile(QStringLiteral("a.csv"))).contains(QStringLiteral("aprilie")));
+        QVERIFY(readTextFile(docsFile(QStringLiteral("b.csv"))).section(QLatin1Char('\n'), 0, 0).contains(QStringLiteral("aplicatie")));
         QCOMPARE(m_msg->informations, QStringList(2, QStringLiteral("ok")));
 
         // A view that fails: its message, the cursor back, the period already written.
@@ -283,12 +279,12 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
 
         // Tab text with a tab, a quote and a line break inside a value; the workbook typed.
         ui::ScopedQueuedFileDialog dlg;
-        const QString c = m_docs.filePath(QStringLiteral("c.csv")), x = m_docs.filePath(QStringLiteral("d.xlsx"));
+        const QString c = docsFile(QStringLiteral("c.csv")), x = docsFile(QStringLiteral("d.xlsx"));
         dlg.answers << c << x;
         f.exportButton(rep::ExportKind::GridText)->click();
         f.exportButton(rep::ExportKind::GridXlsx)->click();
-        QCOMPARE(dlg.askedNames, QStringList({m_docs.path() + QStringLiteral("/ContareDocumente.csv"),
-                                              m_docs.path() + QStringLiteral("/ContareDocumente.xlsx")}));
+        QCOMPARE(dlg.askedNames, QStringList({docs() + QStringLiteral("/ContareDocumente.csv"),
+                                              docs() + QStringLiteral("/ContareDocumente.xlsx")}));
         QCOMPARE(dlg.askedFilters, QStringList({QStringLiteral("*.csv"), QStringLiteral("*.xlsx")}));
         const QString text = readTextFile(c);
         QVERIFY2(text.startsWith(QStringLiteral("\"conts_db\"\t\"conta_db\"\t\"conts_cr\"")), qPrintable(text.left(80)));
@@ -373,18 +369,18 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         // Exports: tab text and a workbook, under the files' own spelling.
         o.Cauta();
         ui::ScopedQueuedFileDialog dlg;
-        dlg.answers << m_docs.filePath(QStringLiteral("o.csv")) << m_docs.filePath(QStringLiteral("o.xlsx"));
+        dlg.answers << docsFile(QStringLiteral("o.csv")) << docsFile(QStringLiteral("o.xlsx"));
         o.exportButton(rep::ExportKind::GridText)->click();
         o.exportButton(rep::ExportKind::GridXlsx)->click();
-        QCOMPARE(dlg.askedNames, QStringList({m_docs.path() + QStringLiteral("/CheltVenPeComnezi.csv"),
-                                              m_docs.path() + QStringLiteral("/CheltVenPeComnezi.xlsx")}));
-        QVERIFY(readTextFile(m_docs.filePath(QStringLiteral("o.csv"))).contains(QStringLiteral("\"Fara detaliu\"")));
+        QCOMPARE(dlg.askedNames, QStringList({docs() + QStringLiteral("/CheltVenPeComnezi.csv"),
+                                              docs() + QStringLiteral("/CheltVenPeComnezi.xlsx")}));
+        QVERIFY(readTextFile(docsFile(QStringLiteral("o.csv"))).contains(QStringLiteral("\"Fara detaliu\"")));
         setPeriod(&o, d("2024-04-01"), d("2024-04-30"));
         o.Cauta();
-        dlg.answers << m_docs.filePath(QStringLiteral("o4.csv"));
+        dlg.answers << docsFile(QStringLiteral("o4.csv"));
         o.exportButton(rep::ExportKind::GridText)->click();
-        QVERIFY(readTextFile(m_docs.filePath(QStringLiteral("o4.csv"))).contains(QStringLiteral("\"tab\t\"\"ghilimele\"\"\nrand\"")));
-        QVERIFY(Unzipped(m_docs.filePath(QStringLiteral("o.xlsx"))).entry("xl/worksheets/sheet1.xml").contains("<v>40</v>"));
+        QVERIFY(readTextFile(docsFile(QStringLiteral("o4.csv"))).contains(QStringLiteral("\"tab\t\"\"ghilimele\"\"\nrand\"")));
+        QVERIFY(Unzipped(docsFile(QStringLiteral("o.xlsx"))).entry("xl/worksheets/sheet1.xml").contains("<v>40</v>"));
 
         // Profitability: whole months over a span, no month test, the query only opened.
         TfrmAnaliza_Profitabilitate p;
@@ -518,10 +514,10 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, com_int, chelt_ven
 
         // The workbook keeps the identifier's digits and the milliseconds.
         ui::ScopedQueuedFileDialog dlg;
-        dlg.answers << m_docs.filePath(QStringLiteral("t.xlsx"));
+        dlg.answers << docsFile(QStringLiteral("t.xlsx"));
         f.exportButton(rep::ExportKind::GridXlsx)->click();
-        QCOMPARE(dlg.askedNames, QStringList{m_docs.path() + QStringLiteral("/VerifDecontTurism.xlsx")});
-        const Unzipped z(m_docs.filePath(QStringLiteral("t.xlsx")));
+        QCOMPARE(dlg.askedNames, QStringList{docs() + QStringLiteral("/VerifDecontTurism.xlsx")});
+        const Unzipped z(docsFile(QStringLiteral("t.xlsx")));
         const QByteArray cells = z.entry("xl/worksheets/sheet1.xml") + z.entry("xl/sharedStrings.xml");
         QVERIFY(cells.contains("9007199254740993"));
         QVERIFY(!cells.contains("9007199254740992"));

@@ -1,10 +1,11 @@
 #pragma once
 // Reading back what an export wrote: a text file without its byte-order
-// mark, and an .xlsx unpacked through python3's zipfile.
+// mark, its CRLF lines, and an .xlsx unpacked through python3's zipfile.
 
 #include <QFile>
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 inline QString readTextFile(const QString &path)
@@ -14,6 +15,24 @@ inline QString readTextFile(const QString &path)
     if (s.startsWith(QChar(0xFEFF)))
         s.remove(0, 1);
     return s;
+}
+
+// The lines of a CRLF text file (the last line break ends the last line);
+// *bom says whether it started with a UTF-8 byte-order mark.
+inline QStringList readLines(const QString &path, bool *bom = nullptr)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    QByteArray all = f.readAll();
+    if (bom)
+        *bom = all.startsWith("\xEF\xBB\xBF");
+    if (all.startsWith("\xEF\xBB\xBF"))
+        all.remove(0, 3);
+    QStringList lines = QString::fromUtf8(all).split(QStringLiteral("\r\n"));
+    if (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
 }
 
 struct Unzipped {

@@ -1,40 +1,24 @@
 #include "tools/export/u_exportcli.h"
 
-#include "db/u_busy.h"
-#include "db/u_connection.h"
-#include "db/u_error.h"
-#include "db/u_query.h"
+#include "analyses/u_platform.h"
 #include "analyses/u_reportexport.h"
 #include "analyses/u_reportrun.h"
 #include "analyses/u_reports.h"
 #include "analyses/u_signin.h"
 #include "analyses/u_stylestore.h"
+#include "db/u_busy.h"
+#include "db/u_connection.h"
+#include "db/u_error.h"
+#include "db/u_query.h"
 #include "grid/u_gridlayout.h"
 #include "grid/u_gridmodel.h"
-#include "analyses/u_platform.h"
 
 #include <QElapsedTimer>
 
 #include <csignal>
 #include <cstdio>
-#include <iostream>
-#include <string>
+#include <optional>
 #include <utility>
-
-#ifdef Q_OS_WIN
-#  ifndef NOMINMAX
-#    define NOMINMAX
-#  endif
-#  include <io.h>
-#  include <windows.h>
-#  define QUARV_ISATTY _isatty
-#  define QUARV_FILENO _fileno
-#else
-#  include <termios.h>
-#  include <unistd.h>
-#  define QUARV_ISATTY isatty
-#  define QUARV_FILENO fileno
-#endif
 
 namespace cli {
 
@@ -54,8 +38,6 @@ void printOut(const QString &text)
     std::fputs(text.toUtf8().constData(), stdout);
     std::fputc('\n', stdout);
 }
-
-bool isTerminal(FILE *f) { return QUARV_ISATTY(QUARV_FILENO(f)) != 0; }
 
 // The export kinds each format stands for (the account sheet's csv writes to
 // its status bar on screen; here it is the same file).
@@ -97,46 +79,18 @@ const rep::EditorDesc *accountEditor(const rep::ReportDesc &d)
 // without echo; never an argument.
 QString readPassword(bool fromStdin)
 {
-    if (!fromStdin && !isTerminal(stdin))
+    if (!fromStdin && !platform::stdinIsTerminal())
         throw UsageError{QStringLiteral("Parola nu poate fi ceruta: nu exista un terminal. "
                                         "Folositi --password-stdin si dati parola pe intrarea standard.")};
     if (!fromStdin) {
         std::fputs("Parola: ", stderr);
         std::fflush(stderr);
     }
-#ifdef Q_OS_WIN
-    HANDLE in = GetStdHandle(STD_INPUT_HANDLE);
-    DWORD mode = 0;
     // Typed at a terminal, with or without --password-stdin, it is not shown.
-    const bool hide = GetConsoleMode(in, &mode) != 0;
-    if (hide)
-        SetConsoleMode(in, mode & ~DWORD(ENABLE_ECHO_INPUT));
-#else
-    termios saved{};
-    // Typed at a terminal, with or without --password-stdin, it is not shown.
-    const bool hide = isTerminal(stdin) && tcgetattr(STDIN_FILENO, &saved) == 0;
-    if (hide) {
-        termios quiet = saved;
-        quiet.c_lflag &= ~tcflag_t(ECHO);
-        tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
-    }
-#endif
-    std::string line;
-    const bool got = bool(std::getline(std::cin, line));
-#ifdef Q_OS_WIN
-    if (hide)
-        SetConsoleMode(in, mode);
-#else
-    if (hide)
-        tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
-#endif
-    if (hide)
-        std::fputc('\n', stderr);
-    if (!got)
+    const std::optional<QString> line = platform::readLineUnechoed();
+    if (!line)
         throw QuarvError(QStringLiteral("Parola lipseste de pe intrarea standard."));
-    if (!line.empty() && line.back() == '\r')
-        line.pop_back();
-    return QString::fromStdString(line);
+    return *line;
 }
 
 // Progress on standard error, for a person watching a terminal.
@@ -308,7 +262,7 @@ int exportReport(const Options &o)
     const rep::ReportDesc d = entry->description();
     db::Connection conn;
     signIn(conn, o);
-    Progress progress(!o.quiet && isTerminal(stderr));
+    Progress progress(!o.quiet && platform::stderrIsTerminal());
 
     db::Query query;
     query.setObjectName(d.queryName);

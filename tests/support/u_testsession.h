@@ -1,0 +1,37 @@
+#pragma once
+// The session the report suites run in: the session module on the test
+// server, its Documents folder a fresh temporary one, the list separator ';'
+// (a desktop with decimal commas), message boxes recorded rather than shown.
+// Made in initTestCase, dropped in cleanupTestCase. Header only: a suite
+// that uses it links the session and the report frame anyway.
+
+#include "analyses/u_platform.h"
+#include "session/u_dmQuarv.h"
+#include "tests/support/u_pgtestserver.h"
+#include "ui/u_messages.h"
+
+#include <QTemporaryDir>
+
+class TestSession {
+public:
+    explicit TestSession(const QString &issuer = {})
+    {
+        platform::setListSeparatorOverride(QChar(u';'));
+        dmQuarv = new TdmQuarv;
+        dmQuarv->caleDocumente = docs.path();
+        dmQuarv->emitent = issuer;
+        PgTestServer::instance().configure(*dmQuarv->pgConn);
+        dmQuarv->pgConn->open();
+    }
+    ~TestSession()
+    {
+        delete dmQuarv;
+        dmQuarv = nullptr;
+        platform::setListSeparatorOverride(std::nullopt);
+    }
+    TestSession(const TestSession &) = delete;
+    TestSession &operator=(const TestSession &) = delete;
+
+    ui::ScopedRecordingMessages messages;
+    QTemporaryDir docs;
+};
