@@ -1,5 +1,6 @@
 #include "bench/common/u_benchpsql.h"
 
+#include "db/u_connection.h"
 #include "db/u_error.h"
 
 #include <QElapsedTimer>
@@ -12,6 +13,15 @@ QString env(const char *name, const char *fallback)
 {
     const QString v = qEnvironmentVariable(name);
     return v.isEmpty() ? QString::fromLatin1(fallback) : v;
+}
+
+void configure(db::Connection &c)
+{
+    c.setHost(env("QUARV_BENCH_HOST", "127.0.0.1"));
+    c.setPort(env("QUARV_BENCH_PORT", "5432").toInt());
+    c.setDatabase(env("QUARV_BENCH_DB", "quarv_mare"));
+    c.setUserName(env("QUARV_BENCH_USER", "quarv"));
+    c.setPassword(env("QUARV_BENCH_PASSWORD", "kadrim"));
 }
 
 QString psqlProgram()

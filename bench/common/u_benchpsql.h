@@ -5,10 +5,16 @@
 
 #include <QString>
 
+namespace db {
+class Connection;
+}
+
 namespace benchlib {
 
 // QUARV_BENCH_<name>, or the fallback.
 QString env(const char *name, const char *fallback);
+// The connection's settings from QUARV_BENCH_HOST, _PORT, _DB, _USER and _PASSWORD.
+void configure(db::Connection &c);
 // psql of the installed PostgreSQL client; empty when there is none.
 QString psqlProgram();
 // The \copy command of `sql` (as it stands, line breaks included: psql -c

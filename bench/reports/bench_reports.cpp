@@ -512,11 +512,7 @@ int main(int argc, char **argv)
 
     dmQuarv = new TdmQuarv;
     db::Connection &c = *dmQuarv->pgConn;
-    c.setHost(env("QUARV_BENCH_HOST", "127.0.0.1"));
-    c.setPort(env("QUARV_BENCH_PORT", "5432").toInt());
-    c.setDatabase(env("QUARV_BENCH_DB", "quarv_mare"));
-    c.setUserName(env("QUARV_BENCH_USER", "quarv"));
-    c.setPassword(env("QUARV_BENCH_PASSWORD", "kadrim"));
+    benchlib::configure(c);
     try {
         c.open();
         const RawConn raw = rawConnect();
