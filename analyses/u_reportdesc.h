@@ -85,7 +85,7 @@ struct ParamBinding {
 };
 
 enum class PeriodSource {
-    Session, // dmQuarv->dsDataList
+    Session, // the session module's dsDataList
     Own,     // the form's own data_list query (ReportDesc::ownDataListSql)
 };
 
@@ -141,7 +141,7 @@ inline QString selectPeriodText() { return QStringLiteral("Selectati perioada do
 
 // The text of a form's own period-row query.
 inline QString dataListSql() { return QStringLiteral("select *\nfrom data_list\n;"); }
-// The text of the session's period row (dmQuarv->dsDataList).
+// The text of the session's period row (the session module's dsDataList).
 inline QString sessionDataListSql() { return QStringLiteral("select * \nfrom data_list\n;"); }
 
 // The message of the same-month check.

@@ -13,7 +13,7 @@ namespace rep {
 // Analytic account sheet: for one synthetic account and whole months, every
 // analytic account with its opening balance and the postings of the period,
 // each row with the running balance after it. The period reaches the server
-// through the session's period row (dmQuarv->dsDataList), which the views read.
+// through the session's period row (the session module's dsDataList), which the views read.
 namespace FisaDeContAnalitica {
 QString sql();
 ReportDesc description();

@@ -2,6 +2,7 @@
 
 #include "db/u_memtable.h"
 #include "analyses/u_signin.h"
+#include "app/u_startup.h"
 #include "session/u_dmQuarv.h"
 #include "ui/u_dbcontrols.h"
 #include "ui/u_messages.h"

@@ -4,6 +4,7 @@
 #include "db/u_error.h"
 #include "reports/common/u_reportform.h"
 #include "reports/u_reportlist.h"
+#include "app/u_startup.h"
 #include "session/u_dmQuarv.h"
 #include "ui/u_messages.h"
 

@@ -16,6 +16,10 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
+
+TdmQuarv *dmQuarv = nullptr;
+TfrmGridStyle *frmGridStyle = nullptr;
 
 namespace {
 
@@ -36,10 +40,10 @@ T *adopt(T *obj)
     return obj;
 }
 
-template <class T>
-T *create(T *&global)
+template <class T, class... Args>
+T *create(T *&global, Args &&...args)
 {
-    global = new T();
+    global = new T(std::forward<Args>(args)...);
     return adopt(global);
 }
 
@@ -57,15 +61,21 @@ void createForms()
              dmQuarv = new TdmQuarv(qApp);
              g_created.append(dmQuarv);
          }},
-        {5, [] { create(frmGridStyle); }},
+        {5, [] {
+             create(frmGridStyle, *dmQuarv);
+             dmQuarv->styleManager = [](const QString &key, grid::GridModel *target) {
+                 if (frmGridStyle)
+                     frmGridStyle->showFor(key, target);
+             };
+         }},
         // Only remembered: whether the folder exists or can be written is
         // found out when a file is written there.
         {7, [] {
              dmQuarv->caleDocumente = platform::documentsFolder();
              create(frmLogin);
          }},
-        {9, [] { create(frmConta_select); }},
-        {13, [] { create(frmConts_select); }},
+        {9, [] { create(frmConta_select, *dmQuarv); }},
+        {13, [] { create(frmConts_select, *dmQuarv); }},
         // Second instances into the same globals: the menu the operator sees
         // is the first one, the login window and the account sheet it opens
         // are the second ones.
@@ -83,14 +93,18 @@ void createForms()
             others.value(place)();
         for (const rep::ReportForm &r : reports)
             if (r.entry->createdAt.contains(place))
-                r.setInstance(adopt(r.create(nullptr)));
+                r.setInstance(adopt(r.create(*dmQuarv, nullptr)));
     }
 }
 
 void destroyForms()
 {
-    while (!g_created.isEmpty())
-        delete g_created.takeLast();
+    while (!g_created.isEmpty()) {
+        QObject *last = g_created.takeLast();
+        if (last == dmQuarv)
+            dmQuarv = nullptr; // the forms deleted after it no longer reach it
+        delete last;
+    }
     for (const rep::ReportForm &r : rep::reportForms())
         r.setInstance(nullptr);
     frmMenuQUARV = nullptr;

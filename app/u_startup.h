@@ -8,6 +8,14 @@
 class QApplication;
 class QObject;
 class QWidget;
+class TdmQuarv;
+class TfrmGridStyle;
+
+// The session module and the one grid style manager. Only the shell knows
+// them: every window is handed the session (FormSession) when it is built,
+// and the style buttons reach the manager through it.
+extern TdmQuarv *dmQuarv;
+extern TfrmGridStyle *frmGridStyle;
 
 // Creates the forms and the data module into their global variables (the
 // menu, the login and the analytic account sheet a second time: the globals

@@ -2,7 +2,8 @@
 
 TfrmAnalizaContabilaDetaliata *frmAnalizaContabilaDetaliata = nullptr;
 
-TfrmAnalizaContabilaDetaliata::TfrmAnalizaContabilaDetaliata(QWidget *parent) : TReportForm(rep::AnalizaContabilaDetaliata::description(), parent)
+TfrmAnalizaContabilaDetaliata::TfrmAnalizaContabilaDetaliata(FormSession &session, QWidget *parent)
+    : TReportForm(rep::AnalizaContabilaDetaliata::description(), session, parent)
 {
     dsViewContabDet = query();
 }

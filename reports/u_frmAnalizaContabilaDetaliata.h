@@ -7,7 +7,7 @@
 class TfrmAnalizaContabilaDetaliata : public TReportForm {
     Q_OBJECT
 public:
-    explicit TfrmAnalizaContabilaDetaliata(QWidget *parent = nullptr);
+    explicit TfrmAnalizaContabilaDetaliata(FormSession &session, QWidget *parent = nullptr);
 
     db::Query *dsViewContabDet = nullptr;
 };

@@ -2,7 +2,8 @@
 
 TfrmAnalizaPostcalcul *frmAnalizaPostcalcul = nullptr;
 
-TfrmAnalizaPostcalcul::TfrmAnalizaPostcalcul(QWidget *parent) : TReportForm(rep::AnalizaPostcalcul::description(), parent)
+TfrmAnalizaPostcalcul::TfrmAnalizaPostcalcul(FormSession &session, QWidget *parent)
+    : TReportForm(rep::AnalizaPostcalcul::description(), session, parent)
 {
     dsViewPostcRulDet = query();
 }

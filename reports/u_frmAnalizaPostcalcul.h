@@ -7,7 +7,7 @@
 class TfrmAnalizaPostcalcul : public TReportForm {
     Q_OBJECT
 public:
-    explicit TfrmAnalizaPostcalcul(QWidget *parent = nullptr);
+    explicit TfrmAnalizaPostcalcul(FormSession &session, QWidget *parent = nullptr);
 
     db::Query *dsViewPostcRulDet = nullptr;
 };

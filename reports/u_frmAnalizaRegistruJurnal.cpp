@@ -2,7 +2,8 @@
 
 TfrmAnalizaRegistruJurnal *frmAnalizaRegistruJurnal = nullptr;
 
-TfrmAnalizaRegistruJurnal::TfrmAnalizaRegistruJurnal(QWidget *parent) : TReportForm(rep::AnalizaRegistruJurnal::description(), parent)
+TfrmAnalizaRegistruJurnal::TfrmAnalizaRegistruJurnal(FormSession &session, QWidget *parent)
+    : TReportForm(rep::AnalizaRegistruJurnal::description(), session, parent)
 {
     dsAnalizaRegistruJurnal = query();
 }

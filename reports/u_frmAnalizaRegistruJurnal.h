@@ -7,7 +7,7 @@
 class TfrmAnalizaRegistruJurnal : public TReportForm {
     Q_OBJECT
 public:
-    explicit TfrmAnalizaRegistruJurnal(QWidget *parent = nullptr);
+    explicit TfrmAnalizaRegistruJurnal(FormSession &session, QWidget *parent = nullptr);
 
     db::Query *dsAnalizaRegistruJurnal = nullptr;
 };

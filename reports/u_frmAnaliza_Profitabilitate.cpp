@@ -2,7 +2,8 @@
 
 TfrmAnaliza_Profitabilitate *frmAnaliza_Profitabilitate = nullptr;
 
-TfrmAnaliza_Profitabilitate::TfrmAnaliza_Profitabilitate(QWidget *parent) : TReportForm(rep::Analiza_Profitabilitate::description(), parent)
+TfrmAnaliza_Profitabilitate::TfrmAnaliza_Profitabilitate(FormSession &session, QWidget *parent)
+    : TReportForm(rep::Analiza_Profitabilitate::description(), session, parent)
 {
     dsPostcalculRulaj = query();
 }

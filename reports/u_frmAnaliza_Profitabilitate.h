@@ -7,7 +7,7 @@
 class TfrmAnaliza_Profitabilitate : public TReportForm {
     Q_OBJECT
 public:
-    explicit TfrmAnaliza_Profitabilitate(QWidget *parent = nullptr);
+    explicit TfrmAnaliza_Profitabilitate(FormSession &session, QWidget *parent = nullptr);
 
     db::Query *dsPostcalculRulaj = nullptr;
 };

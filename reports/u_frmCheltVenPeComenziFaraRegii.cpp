@@ -2,7 +2,8 @@
 
 TfrmCheltVenPeComenziFaraRegii *frmCheltVenPeComenziFaraRegii = nullptr;
 
-TfrmCheltVenPeComenziFaraRegii::TfrmCheltVenPeComenziFaraRegii(QWidget *parent) : TReportForm(rep::CheltVenPeComenziFaraRegii::description(), parent)
+TfrmCheltVenPeComenziFaraRegii::TfrmCheltVenPeComenziFaraRegii(FormSession &session, QWidget *parent)
+    : TReportForm(rep::CheltVenPeComenziFaraRegii::description(), session, parent)
 {
     dsPostcalculRulaj = query();
 }

@@ -7,7 +7,7 @@
 class TfrmCheltVenPeComenziFaraRegii : public TReportForm {
     Q_OBJECT
 public:
-    explicit TfrmCheltVenPeComenziFaraRegii(QWidget *parent = nullptr);
+    explicit TfrmCheltVenPeComenziFaraRegii(FormSession &session, QWidget *parent = nullptr);
 
     db::Query *dsPostcalculRulaj = nullptr;
 };

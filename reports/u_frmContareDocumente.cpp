@@ -2,7 +2,8 @@
 
 TfrmContareDocumente *frmContareDocumente = nullptr;
 
-TfrmContareDocumente::TfrmContareDocumente(QWidget *parent) : TReportForm(rep::ContareDocumente::description(), parent)
+TfrmContareDocumente::TfrmContareDocumente(FormSession &session, QWidget *parent)
+    : TReportForm(rep::ContareDocumente::description(), session, parent)
 {
     dsView_Contab_Det = query();
 }

@@ -7,7 +7,7 @@
 class TfrmContareDocumente : public TReportForm {
     Q_OBJECT
 public:
-    explicit TfrmContareDocumente(QWidget *parent = nullptr);
+    explicit TfrmContareDocumente(FormSession &session, QWidget *parent = nullptr);
 
     db::Query *dsView_Contab_Det = nullptr;
 };

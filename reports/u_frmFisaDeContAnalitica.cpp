@@ -9,7 +9,8 @@
 
 TfrmFisaDeContAnalitica *frmFisaDeContAnalitica = nullptr;
 
-TfrmFisaDeContAnalitica::TfrmFisaDeContAnalitica(QWidget *parent) : TReportForm(rep::FisaDeContAnalitica::description(), parent)
+TfrmFisaDeContAnalitica::TfrmFisaDeContAnalitica(FormSession &session, QWidget *parent)
+    : TReportForm(rep::FisaDeContAnalitica::description(), session, parent)
 {
     dsFisaContAnalitic = query();
 

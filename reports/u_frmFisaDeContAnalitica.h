@@ -9,7 +9,7 @@ class QFrame;
 class TfrmFisaDeContAnalitica : public TReportForm {
     Q_OBJECT
 public:
-    explicit TfrmFisaDeContAnalitica(QWidget *parent = nullptr);
+    explicit TfrmFisaDeContAnalitica(FormSession &session, QWidget *parent = nullptr);
 
     // The ellipsis of cxButtonEdit1: the synthetic-account picker.
     void cxButtonEdit1PropertiesButtonClick();

@@ -2,7 +2,8 @@
 
 TfrmVerifDecontTurism *frmVerifDecontTurism = nullptr;
 
-TfrmVerifDecontTurism::TfrmVerifDecontTurism(QWidget *parent) : TReportForm(rep::VerifDecontTurism::description(), parent)
+TfrmVerifDecontTurism::TfrmVerifDecontTurism(FormSession &session, QWidget *parent)
+    : TReportForm(rep::VerifDecontTurism::description(), session, parent)
 {
     dsViewVerifTvaInclus = query();
 }

@@ -7,7 +7,7 @@
 class TfrmVerifDecontTurism : public TReportForm {
     Q_OBJECT
 public:
-    explicit TfrmVerifDecontTurism(QWidget *parent = nullptr);
+    explicit TfrmVerifDecontTurism(FormSession &session, QWidget *parent = nullptr);
 
     db::Query *dsViewVerifTvaInclus = nullptr;
 };

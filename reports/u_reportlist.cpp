@@ -18,7 +18,7 @@ namespace rep {
 namespace {
 
 struct Binding {
-    TReportForm *(*create)(QWidget *parent);
+    TReportForm *(*create)(FormSession &session, QWidget *parent);
     TReportForm *(*instance)();
     void (*setInstance)(TReportForm *form);
 };
@@ -26,7 +26,7 @@ struct Binding {
 template <class Form, Form **Global>
 Binding bind()
 {
-    return {[](QWidget *parent) -> TReportForm * { return new Form(parent); },
+    return {[](FormSession &session, QWidget *parent) -> TReportForm * { return new Form(session, parent); },
             []() -> TReportForm * { return *Global; },
             [](TReportForm *f) { *Global = static_cast<Form *>(f); }};
 }

@@ -8,6 +8,7 @@
 
 #include <QList>
 
+class FormSession;
 class QWidget;
 class TReportForm;
 
@@ -15,7 +16,7 @@ namespace rep {
 
 struct ReportForm {
     const CatalogEntry *entry;
-    TReportForm *(*create)(QWidget *parent);
+    TReportForm *(*create)(FormSession &session, QWidget *parent);
     TReportForm *(*instance)();           // the global's value (nullptr before creation)
     void (*setInstance)(TReportForm *form);
 };

@@ -5,8 +5,6 @@
 
 #include <QFont>
 
-TdmQuarv *dmQuarv = nullptr;
-
 namespace {
 
 using ui::CellStyle;
@@ -136,10 +134,12 @@ TdmQuarv::TdmQuarv(QObject *parent) : QObject(parent)
     dsDataList->setUpdateTable(QStringLiteral("data_list"));
 }
 
-TdmQuarv::~TdmQuarv()
+TdmQuarv::~TdmQuarv() = default;
+
+void TdmQuarv::showStyleManager(const QString &styleKey, grid::GridModel *target)
 {
-    if (dmQuarv == this)
-        dmQuarv = nullptr;
+    if (styleManager)
+        styleManager(styleKey, target);
 }
 
 const ui::GridStyleSheet &TdmQuarv::GridTableViewStyleSheetReport() const

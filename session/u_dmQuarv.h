@@ -5,12 +5,15 @@
 
 #include "db/u_connection.h"
 #include "db/u_query.h"
+#include "session/u_formsession.h"
 #include "ui/u_gridstylesheet.h"
 
 #include <QObject>
 #include <QString>
 
-class TdmQuarv : public QObject {
+#include <functional>
+
+class TdmQuarv : public QObject, public FormSession {
     Q_OBJECT
 public:
     explicit TdmQuarv(QObject *parent = nullptr);
@@ -34,8 +37,18 @@ public:
     const ui::GridStyleSheet &cxGridTableViewStyleSheetAlbastru() const;
     const ui::GridStyleSheet &StandardQUARV() const;
 
+    // What the windows see of it.
+    db::Connection *connection() const override { return pgConn; }
+    db::Query *periodRow() const override { return dsDataList; }
+    QString issuer() const override { return emitent; }
+    QString documentsFolder() const override { return caleDocumente; }
+    const ui::GridStyleSheet &reportSheet() const override { return GridTableViewStyleSheetReport(); }
+    const ui::GridStyleSheet &listSheet() const override { return StandardQUARV(); }
+    // Runs styleManager; without one the style buttons do nothing.
+    void showStyleManager(const QString &styleKey, grid::GridModel *target) override;
+    // Set by whoever creates the style manager.
+    std::function<void(const QString &styleKey, grid::GridModel *target)> styleManager;
+
 private:
     void buildStyles();
 };
-
-extern TdmQuarv *dmQuarv;

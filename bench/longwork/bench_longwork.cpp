@@ -99,14 +99,14 @@ int main(int argc, char **argv)
     ui::ScopedQueuedFileDialog saveDialog;
     QTemporaryDir tmp;
 
-    dmQuarv = new TdmQuarv;
-    db::Connection &c = *dmQuarv->pgConn;
+    auto *session = new TdmQuarv;
+    db::Connection &c = *session->pgConn;
     benchlib::configure(c);
     try {
         c.open();
         rep::ReportDesc desc = rep::AnalizaRegistruJurnal::description();
         desc.exports.append(rep::exportExcel(QStringLiteral("cxButtonXlsx"), QStringLiteral("\\AnalizaRegistruJurnal.xlsx")));
-        TReportForm form(desc);
+        TReportForm form(desc, *session);
         form.resize(1400, 760);
         form.show();
         form.dateEdit(rep::kFromEditor)->setDate(QDate(2025, 1, 1));

@@ -466,9 +466,9 @@ void setPeriod(TReportForm *f, const QDate &start, const QDate &end)
 }
 
 template <typename Form>
-Form *showForm()
+Form *showForm(FormSession &session)
 {
-    auto *f = new Form;
+    auto *f = new Form(session);
     f->resize(1400, 760);
     f->show();
     QCoreApplication::processEvents();
@@ -510,8 +510,8 @@ int main(int argc, char **argv)
     const QDate booksStart(2025, 1, 1), booksEnd(2026, 11, 30);
     const QDate monthStart(2026, 3, 1), monthEnd(2026, 3, 31);
 
-    dmQuarv = new TdmQuarv;
-    db::Connection &c = *dmQuarv->pgConn;
+    auto *session = new TdmQuarv;
+    db::Connection &c = *session->pgConn;
     benchlib::configure(c);
     try {
         c.open();
@@ -520,15 +520,15 @@ int main(int argc, char **argv)
             QDir().mkpath(shots);
 
         // Every form below writes the one period row; the one found here is put back at the end.
-        db::Query &periodRow = *dmQuarv->dsDataList;
+        db::Query &periodRow = *session->dsDataList;
         periodRow.open();
         const bool hadPeriod = !periodRow.isEmpty();
         const QDate oldStart = periodRow.fieldValue(QStringLiteral("data_incep")).toDate();
         const QDate oldEnd = periodRow.fieldValue(QStringLiteral("data_sf")).toDate();
 
-        frmConts_select = new TfrmConts_select;
-        auto *reg = showForm<TfrmAnalizaRegistruJurnal>();
-        auto *fisa = showForm<TfrmFisaDeContAnalitica>();
+        frmConts_select = new TfrmConts_select(*session);
+        auto *reg = showForm<TfrmAnalizaRegistruJurnal>(*session);
+        auto *fisa = showForm<TfrmFisaDeContAnalitica>(*session);
 
         // The register: one month, then the whole of the books.
         setPeriod(reg, monthStart, monthEnd);
@@ -560,7 +560,7 @@ int main(int argc, char **argv)
         // The detailed analysis over the whole of the books: Cauta, then the
         // export of all its data against psql's \copy of the same text.
         {
-            auto *det = showForm<TfrmAnalizaContabilaDetaliata>();
+            auto *det = showForm<TfrmAnalizaContabilaDetaliata>(*session);
             setPeriod(det, booksStart, booksEnd);
             const QString sql = rep::AnalizaContabilaDetaliata::sql();
             benchCautaVsRaw("contab_det", det, raw.get(), sql, booksStart, booksEnd, repeat, [] {});
@@ -611,7 +611,7 @@ int main(int argc, char **argv)
         // The profitability analysis over the whole of the books. It only opens
         // its query, so each run starts from a closed one.
         {
-            auto *prof = showForm<TfrmAnaliza_Profitabilitate>();
+            auto *prof = showForm<TfrmAnaliza_Profitabilitate>(*session);
             setPeriod(prof, booksStart, booksEnd);
             benchCautaVsRaw("profitabilitate", prof, raw.get(), rep::Analiza_Profitabilitate::sql(),
                             booksStart, booksEnd, repeat, [prof] { prof->query()->close(); });
@@ -624,7 +624,7 @@ int main(int argc, char **argv)
         // month each time it is shown, so the period is set after showing it),
         // then its workbook against a plain one of the same cells.
         {
-            auto *tur = showForm<TfrmVerifDecontTurism>();
+            auto *tur = showForm<TfrmVerifDecontTurism>(*session);
             setPeriod(tur, monthStart, monthEnd);
             benchCautaVsRaw("turism", tur, raw.get(), rep::VerifDecontTurism::sql(), monthStart,
                             monthEnd, repeat, [] {});
@@ -664,7 +664,7 @@ int main(int argc, char **argv)
 
         if (!shots.isEmpty()) {
             // The accounting of documents, one month.
-            auto *contare = showForm<TfrmContareDocumente>();
+            auto *contare = showForm<TfrmContareDocumente>(*session);
             setPeriod(contare, monthStart, monthEnd);
             contare->Cauta();
             contare->resize(1960, 760);
@@ -672,7 +672,7 @@ int main(int argc, char **argv)
             contare->query()->close();
 
             // Expenses and revenues by order, one month, grouped by order.
-            auto *chelt = showForm<TfrmCheltVenPeComenziFaraRegii>();
+            auto *chelt = showForm<TfrmCheltVenPeComenziFaraRegii>(*session);
             setPeriod(chelt, monthStart, monthEnd);
             chelt->Cauta();
             groupForShot(chelt->gridModel(), QStringLiteral("com_int"));

@@ -1,6 +1,5 @@
 #include "reports/common/u_accountpicker.h"
 
-#include "session/u_dmQuarv.h"
 #include "ui/u_grid.h"
 #include "ui/u_gridstrips.h"
 #include "ui/u_messages.h"
@@ -12,7 +11,7 @@
 #include <QTimer>
 
 TAccountPicker::TAccountPicker(const QString &formName, const QString &queryName, const char *sql,
-                               const QStringList &columns, QWidget *parent)
+                               const QStringList &columns, FormSession &session, QWidget *parent)
     : QDialog(parent)
 {
     setObjectName(formName);
@@ -23,8 +22,7 @@ TAccountPicker::TAccountPicker(const QString &formName, const QString &queryName
     m_query = new db::Query(this);
     m_query->setObjectName(queryName);
     m_query->setSql(QString::fromUtf8(sql));
-    if (dmQuarv)
-        m_query->setConnection(dmQuarv->pgConn);
+    m_query->setConnection(session.connection());
 
     auto *outer = new QVBoxLayout(this);
     m_grid = new ui::Grid(this);
@@ -38,8 +36,7 @@ TAccountPicker::TAccountPicker(const QString &formName, const QString &queryName
     v->setFooterVisible(false);
     v->setGroupFootersVisible(false);
     v->setIndicatorVisible(true);
-    if (dmQuarv)
-        v->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
+    v->setGridStyleSheet(session.reportSheet());
     v->setDataSet(m_query);
     m_grid->setNavigatorVisible(true);
     outer->addWidget(m_grid, 1);
@@ -84,10 +81,6 @@ QString TAccountPicker::chosen(const QString &field) const
 
 void TAccountPicker::FormShow()
 {
-    if (dmQuarv && !m_query->connection()) {
-        m_query->setConnection(dmQuarv->pgConn);
-        m_grid->view()->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
-    }
     // Accounts added or retired since the last pick show up; the filter row
     // and the position stay.
     if (m_query->isActive())

@@ -5,6 +5,7 @@
 
 #include "db/u_query.h"
 #include "grid/u_gridmodel.h"
+#include "session/u_formsession.h"
 
 #include <QDialog>
 
@@ -30,7 +31,7 @@ public:
 
 protected:
     TAccountPicker(const QString &formName, const QString &queryName, const char *sql,
-                   const QStringList &columns, QWidget *parent);
+                   const QStringList &columns, FormSession &session, QWidget *parent);
     void showEvent(QShowEvent *e) override;
 
 private:

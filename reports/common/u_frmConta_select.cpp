@@ -17,11 +17,11 @@ const char *TfrmConta_select::sql()
     return kContaSql;
 }
 
-TfrmConta_select::TfrmConta_select(QWidget *parent)
+TfrmConta_select::TfrmConta_select(FormSession &session, QWidget *parent)
     : TAccountPicker(QStringLiteral("frmConta_select"), QStringLiteral("dsConta"), kContaSql,
                      {QStringLiteral("conts"), QStringLiteral("conta"), QStringLiteral("den_conta"),
                       QStringLiteral("moneda")},
-                     parent)
+                     session, parent)
 {
     dsConta = pickerQuery();
 }

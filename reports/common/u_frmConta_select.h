@@ -8,7 +8,7 @@
 class TfrmConta_select : public TAccountPicker {
     Q_OBJECT
 public:
-    explicit TfrmConta_select(QWidget *parent = nullptr);
+    explicit TfrmConta_select(FormSession &session, QWidget *parent = nullptr);
     db::Query *dsConta = nullptr;
     static const char *sql();
 };

@@ -17,9 +17,9 @@ const char *TfrmConts_select::sql()
     return kContsSql;
 }
 
-TfrmConts_select::TfrmConts_select(QWidget *parent)
+TfrmConts_select::TfrmConts_select(FormSession &session, QWidget *parent)
     : TAccountPicker(QStringLiteral("frmConts_select"), QStringLiteral("dsConts"), kContsSql,
-                     {QStringLiteral("conts"), QStringLiteral("den_conts")}, parent)
+                     {QStringLiteral("conts"), QStringLiteral("den_conts")}, session, parent)
 {
     dsConts = pickerQuery();
 }

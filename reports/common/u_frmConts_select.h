@@ -8,7 +8,7 @@
 class TfrmConts_select : public TAccountPicker {
     Q_OBJECT
 public:
-    explicit TfrmConts_select(QWidget *parent = nullptr);
+    explicit TfrmConts_select(FormSession &session, QWidget *parent = nullptr);
     db::Query *dsConts = nullptr;
     static const char *sql();
 };

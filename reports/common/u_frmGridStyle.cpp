@@ -1,6 +1,5 @@
 #include "reports/common/u_frmGridStyle.h"
 
-#include "session/u_dmQuarv.h"
 #include "analyses/u_platform.h"
 #include "analyses/u_stylestore.h"
 #include "grid/u_gridlayout.h"
@@ -19,22 +18,13 @@
 #include <QScreen>
 #include <QShowEvent>
 
-TfrmGridStyle *frmGridStyle = nullptr;
-
 namespace {
-
-;
-
-QString sessionIssuer()
-{
-    return dmQuarv ? dmQuarv->emitent : QString();
-}
 
 // Only the issuer who created a row may change or delete it (values compared
 // as they are: a row without an issuer belongs to nobody who can sign in).
-void requireOwner(const db::DataSet &ds, const QString &message)
+void requireOwner(const db::DataSet &ds, const QString &issuer, const QString &message)
 {
-    if (ds.fieldValue(QStringLiteral("emitent")) != QVariant(sessionIssuer()))
+    if (ds.fieldValue(QStringLiteral("emitent")) != QVariant(issuer))
         throw QuarvError(message);
 }
 
@@ -45,12 +35,12 @@ QString TfrmGridStyle::sql()
     return rep::gridStyleSql();
 }
 
-QString TfrmGridStyle::layoutFilePath()
+QString TfrmGridStyle::layoutFilePath() const
 {
-    return platform::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), QStringLiteral("\\grid.ini"));
+    return platform::documentsFile(m_session.documentsFolder(), QStringLiteral("\\grid.ini"));
 }
 
-TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
+TfrmGridStyle::TfrmGridStyle(FormSession &session, QWidget *parent) : QDialog(parent), m_session(session)
 {
     setObjectName(QStringLiteral("frmGridStyle"));
     setWindowTitle(QStringLiteral("frmGridStyle"));
@@ -62,17 +52,18 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
     ds_style->setSql(rep::gridStyleSql());
     ds_style->setUpdateTable(QStringLiteral("grid_style"));
     ds_style->setDeferredBlobs(true);
+    ds_style->setConnection(m_session.connection());
     ds_style->onNewRecord = [this](db::DataSet &ds) {
         ds.setFieldValue(QStringLiteral("grid_name"), styleKey);
         ds.setFieldValue(QStringLiteral("data_creare"), QDate::currentDate());
-        ds.setFieldValue(QStringLiteral("emitent"), sessionIssuer());
+        ds.setFieldValue(QStringLiteral("emitent"), m_session.issuer());
     };
-    ds_style->beforePost = [](db::DataSet &ds) {
+    ds_style->beforePost = [this](db::DataSet &ds) {
         // The name is left to the database: a missing one gets the server's own refusal.
-        requireOwner(ds, QStringLiteral("Nu puteti modifica o inregistare creata de alt emitent!"));
+        requireOwner(ds, m_session.issuer(), QStringLiteral("Nu puteti modifica o inregistare creata de alt emitent!"));
     };
-    ds_style->beforeDelete = [](db::DataSet &ds) {
-        requireOwner(ds, QStringLiteral("Nu puteti sterge o inregistare creata de alt emitent!"));
+    ds_style->beforeDelete = [this](db::DataSet &ds) {
+        requireOwner(ds, m_session.issuer(), QStringLiteral("Nu puteti sterge o inregistare creata de alt emitent!"));
     };
 
     auto *outer = new QVBoxLayout(this);
@@ -108,8 +99,7 @@ TfrmGridStyle::TfrmGridStyle(QWidget *parent) : QDialog(parent)
     cxGrid1DBTableView1->setFilterRowVisible(false);
     cxGrid1DBTableView1->setFooterVisible(false);
     cxGrid1DBTableView1->setGroupFootersVisible(false);
-    if (dmQuarv)
-        cxGrid1DBTableView1->setGridStyleSheet(dmQuarv->StandardQUARV());
+    cxGrid1DBTableView1->setGridStyleSheet(m_session.listSheet());
     cxGrid1DBTableView1->setDataSet(ds_style);
     cxGrid1->setNavigatorVisible(true);
     ui::GridNavigator *nav = cxGrid1->navigator();
@@ -166,16 +156,22 @@ ui::GridNavigator *TfrmGridStyle::navigator() const
 
 void TfrmGridStyle::FormShow()
 {
-    if (dmQuarv && !ds_style->connection()) {
-        // Created before the session module: bind to it now.
-        ds_style->setConnection(dmQuarv->pgConn);
-        cxGrid1DBTableView1->setGridStyleSheet(dmQuarv->StandardQUARV());
-    }
     if (ds_style->isActive())
         ds_style->close();
     ds_style->setParam(QStringLiteral("pGrid"), styleKey);
     lblGridName->setText(styleKey);
     ds_style->open();
+}
+
+void TfrmGridStyle::showFor(const QString &key, grid::GridModel *target)
+{
+    styleKey = key;
+    targetModel = target;
+    if (isVisible())
+        FormShow(); // retargeted while open: the list follows the new key
+    show();
+    raise();
+    activateWindow();
 }
 
 void TfrmGridStyle::FormClose()

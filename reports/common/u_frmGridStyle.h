@@ -1,12 +1,14 @@
 #pragma once
 // The grid style manager: named layouts of a report grid kept in grid_style
 // under the grid's style key. One instance, retargeted by each report's style
-// button (styleKey and targetModel, then shown modelessly); the list is read
+// button through the session (showFor: styleKey and targetModel, then shown
+// modelessly); the list is read
 // when the dialog is shown and closed with it. Only the issuer who created a
 // style may change or delete it; every style is restorable.
 
 #include "db/u_query.h"
 #include "grid/u_gridmodel.h"
+#include "session/u_formsession.h"
 
 #include <QDialog>
 #include <QPointer>
@@ -22,12 +24,14 @@ namespace ui { class Grid; class GridNavigator; class GridTableView; }
 class TfrmGridStyle : public QDialog {
     Q_OBJECT
 public:
-    explicit TfrmGridStyle(QWidget *parent = nullptr);
+    explicit TfrmGridStyle(FormSession &session, QWidget *parent = nullptr);
     ~TfrmGridStyle() override;
 
     // Set by the caller before showing.
     QString styleKey;                  // grid_name listed and stamped on new rows
     QPointer<grid::GridModel> targetModel; // the report grid's model
+    // Sets both, re-reads the list when it is open, shows and raises it.
+    void showFor(const QString &key, grid::GridModel *target);
 
     // Components.
     db::Query *ds_style = nullptr;     // editable over grid_style, deferred blobs
@@ -43,7 +47,7 @@ public:
 
     static QString sql();              // ds_style's statement, verbatim
     // caleDocumente + "\grid.ini" (the backslash is the separator outside Windows).
-    static QString layoutFilePath();
+    QString layoutFilePath() const;
 
     // Handlers (throwing; the buttons run them under the default error report).
     void FormShow();
@@ -60,8 +64,7 @@ protected:
     void showEvent(QShowEvent *e) override;
 
 private:
+    FormSession &m_session;
     QButtonGroup *m_filterGroup = nullptr;
     bool m_placed = false;
 };
-
-extern TfrmGridStyle *frmGridStyle;

@@ -1,11 +1,9 @@
 #include "reports/common/u_reportform.h"
 
 #include "db/u_busy.h"
-#include "reports/common/u_frmGridStyle.h"
 #include "reports/common/u_wrapbutton.h"
 #include "analyses/u_reportexport.h"
 #include "analyses/u_reportrun.h"
-#include "session/u_dmQuarv.h"
 #include "analyses/u_platform.h"
 #include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
@@ -26,7 +24,8 @@
 #include <optional>
 #include <stdexcept>
 
-TReportForm::TReportForm(rep::ReportDesc desc, QWidget *parent) : QWidget(parent), m_desc(std::move(desc))
+TReportForm::TReportForm(rep::ReportDesc desc, FormSession &session, QWidget *parent)
+    : QWidget(parent), m_desc(std::move(desc)), m_session(session)
 {
     const QStringList faults = rep::validate(m_desc);
     if (!faults.isEmpty())
@@ -39,16 +38,14 @@ TReportForm::TReportForm(rep::ReportDesc desc, QWidget *parent) : QWidget(parent
     m_query = new db::Query(this);
     m_query->setObjectName(m_desc.queryName);
     m_query->setSql(m_desc.sql);
-    if (dmQuarv)
-        m_query->setConnection(dmQuarv->pgConn);
+    m_query->setConnection(m_session.connection());
 
     if (!m_desc.ownDataListSql.isEmpty()) {
         m_ownDataList = new db::Query(this);
         m_ownDataList->setObjectName(QStringLiteral("dsDataList"));
         m_ownDataList->setSql(m_desc.ownDataListSql);
         m_ownDataList->setUpdateTable(QStringLiteral("data_list"));
-        if (dmQuarv)
-            m_ownDataList->setConnection(dmQuarv->pgConn);
+        m_ownDataList->setConnection(m_session.connection());
     }
 
     buildForm();
@@ -191,8 +188,7 @@ void TReportForm::buildGrid()
     m_gridView->setGroupByBoxVisible(o.groupByBox);
     m_gridView->setIndicatorVisible(o.indicator);
     m_grid->setNavigatorVisible(true);
-    if (dmQuarv)
-        m_gridView->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
+    m_gridView->setGridStyleSheet(m_session.reportSheet());
 
     rep::setUpGrid(m_desc, *m_model);
     m_gridView->setDataSet(m_query);
@@ -319,14 +315,6 @@ private:
 
 void TReportForm::Cauta()
 {
-    if (m_query->connection() == nullptr && dmQuarv) {
-        // Created before the session module: bind to it now.
-        m_query->setConnection(dmQuarv->pgConn);
-        m_gridView->setGridStyleSheet(dmQuarv->GridTableViewStyleSheetReport());
-    }
-    if (m_ownDataList && m_ownDataList->connection() == nullptr && dmQuarv)
-        m_ownDataList->setConnection(dmQuarv->pgConn);
-
     // A run stopped before is not what the status bar says of this one.
     if (statusText() == cancelledText())
         setStatusText(QString());
@@ -354,9 +342,9 @@ db::Query &TReportForm::periodRow(rep::PeriodSource source) const
             throw QuarvError(QStringLiteral("Formularul %1 nu are perioada proprie (dsDataList).").arg(objectName()));
         return *m_ownDataList;
     }
-    if (!dmQuarv || !dmQuarv->dsDataList)
-        throw QuarvError(QStringLiteral("Modulul de date dmQuarv nu exista."));
-    return *dmQuarv->dsDataList;
+    if (db::Query *row = m_session.periodRow())
+        return *row;
+    throw QuarvError(QStringLiteral("Sesiunea nu are perioada (dsDataList)."));
 }
 
 void TReportForm::runCustomStep(const QString &name)
@@ -368,7 +356,7 @@ void TReportForm::runCustomStep(const QString &name)
 
 QString TReportForm::proposedFileName(const QString &fileName) const
 {
-    return platform::documentsFile(dmQuarv ? dmQuarv->caleDocumente : QString(), fileName);
+    return platform::documentsFile(m_session.documentsFolder(), fileName);
 }
 
 void TReportForm::exportKind(rep::ExportKind kind)
@@ -416,15 +404,7 @@ void TReportForm::doExport(const rep::ExportDesc &e)
 
 void TReportForm::styleButtonClick()
 {
-    if (!frmGridStyle)
-        frmGridStyle = new TfrmGridStyle(); // a safeguard: start-up creates it
-    frmGridStyle->styleKey = m_desc.styleKey;
-    frmGridStyle->targetModel = m_model;
-    if (frmGridStyle->isVisible())
-        frmGridStyle->FormShow(); // retargeted while open: the list follows the new key
-    frmGridStyle->show();
-    frmGridStyle->raise();
-    frmGridStyle->activateWindow();
+    m_session.showStyleManager(m_desc.styleKey, m_model);
 }
 
 // ----- show and close

@@ -16,6 +16,7 @@
 
 #include "db/u_query.h"
 #include "grid/u_gridmodel.h"
+#include "session/u_formsession.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -38,10 +39,11 @@ class TReportForm : public QWidget {
 public:
     // Throws std::logic_error naming the report and the fault when the
     // description does not validate.
-    explicit TReportForm(rep::ReportDesc desc, QWidget *parent = nullptr);
+    TReportForm(rep::ReportDesc desc, FormSession &session, QWidget *parent = nullptr);
     ~TReportForm() override;
 
     const rep::ReportDesc &desc() const { return m_desc; }
+    FormSession &session() const { return m_session; }
 
     // ----- components (also found by objectName)
     QLabel *titleLabel() const { return m_title; }
@@ -76,7 +78,7 @@ public:
     // caleDocumente + the export's file name (backslash rule of platform::documentsFile).
     QString proposedFileName(const QString &fileName) const;
 
-    // ----- style button: retarget the one style manager and show it modelessly.
+    // ----- style button: the session's style manager, retargeted to this grid.
     void styleButtonClick();
 
     // All the query's data before any run: the query is closed and there is nothing to move.
@@ -102,6 +104,7 @@ private:
     void doExport(const rep::ExportDesc &e);
 
     rep::ReportDesc m_desc;
+    FormSession &m_session;
     QLabel *m_title = nullptr;
     QPushButton *m_run = nullptr;
     QPushButton *m_style = nullptr;

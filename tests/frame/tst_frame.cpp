@@ -97,6 +97,7 @@ protected:
 class TestFrame : public QObject {
     Q_OBJECT
     std::unique_ptr<TestSession> m_session;
+    TfrmGridStyle *m_styles = nullptr; // the one style manager the style buttons reach
     ui::RecordingMessages *m_msg = nullptr;
     QString docs() const { return m_session->docs.path(); }
     PgTestServer *m_pg = nullptr;
@@ -117,13 +118,15 @@ private slots:
             "create table frame_fix (cod varchar(10), den varchar(50), suma double precision, zi date);"
             "insert into frame_fix values ('A1', 'Alfa', 10.5, '2024-01-20'), ('B2', 'Beta \"b\"', 20, '2024-02-01'),"
             " ('C3', 'Gama', 30, '2024-03-31'), ('D4', 'Delta', 40, '2024-04-01');"));
-        frmGridStyle = new TfrmGridStyle;
+        m_styles = new TfrmGridStyle(*m_session->dm);
+        m_session->dm->styleManager = [this](const QString &key, grid::GridModel *target) {
+            m_styles->showFor(key, target);
+        };
     }
 
     void cleanupTestCase()
     {
-        delete frmGridStyle;
-        frmGridStyle = nullptr;
+        delete m_styles;
         m_session.reset();
     }
 
@@ -143,7 +146,7 @@ private slots:
             return (std::max(x, y) + 0.05) / (std::min(x, y) + 0.05);
         };
         using ui::GridElement;
-        for (const ui::GridStyleSheet *sheet : {&dmQuarv->GridTableViewStyleSheetReport(), &dmQuarv->StandardQUARV()}) {
+        for (const ui::GridStyleSheet *sheet : {&m_session->dm->GridTableViewStyleSheetReport(), &m_session->dm->StandardQUARV()}) {
             ui::GridTableView view;
             view.setGridStyleSheet(*sheet);
             const ui::CellStyle even = view.resolvedStyle(GridElement::ContentEven);
@@ -173,7 +176,7 @@ private slots:
     // The form as built from its description, and the common run.
     void runSteps()
     {
-        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
         QCOMPARE(f.objectName(), QStringLiteral("frmProba"));
         QVERIFY(f.titleLabel()->font().bold());
         QVERIFY(f.findChild<ui::Grid *>(QStringLiteral("cxGrid1")));
@@ -229,7 +232,7 @@ private slots:
                    rep::RunStep::postPeriodRow(rep::PeriodSource::Session, rep::DateConv::MonthStart,
                                                rep::DateConv::MonthEnd),
                    rep::RunStep::openQuery()};
-        Form f(d);
+        Form f(d, *m_session->dm);
         QVERIFY(!f.styleButton());
 
         setPeriod(f, QDate(2024, 2, 3), QDate(2024, 3, 3));
@@ -260,7 +263,7 @@ private slots:
         rep::ReportDesc d2 = d;
         d2.steps = {rep::RunStep::busyCursor(), rep::RunStep::custom(QStringLiteral("fail")), rep::RunStep::openQuery()};
         d2.customSteps = {QStringLiteral("fail")};
-        Form g(d2);
+        Form g(d2, *m_session->dm);
         QVERIFY_THROWS_EXCEPTION(QuarvError, g.Cauta());
         QCOMPARE(g.customRuns, 1);
         QVERIFY(!QGuiApplication::overrideCursor());
@@ -269,7 +272,7 @@ private slots:
 
     void exports()
     {
-        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
         ui::ScopedQueuedFileDialog dlg;
         const QString dir = docs();
 
@@ -383,10 +386,10 @@ private slots:
         QVERIFY(m_msg->informations.isEmpty());
 
         // With no Documents folder the backslash still leads.
-        dmQuarv->caleDocumente.clear();
+        m_session->dm->caleDocumente.clear();
         f.exportButton(rep::ExportKind::GridText)->click();
         QCOMPARE(dlg.askedNames.last(), QStringLiteral("/Proba.csv"));
-        dmQuarv->caleDocumente = dir;
+        m_session->dm->caleDocumente = dir;
         QCOMPARE(platform::documentsFile(QStringLiteral("X:"), QStringLiteral("\\a.csv")), QStringLiteral("X:/a.csv"));
     }
 
@@ -394,8 +397,8 @@ private slots:
     void gridStyles()
     {
         m_pg->exec(QStringLiteral("delete from grid_style"));
-        Form f1(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
-        Form f2(testDesc(QStringLiteral("frmProba2"), QStringLiteral("QUARV Proba2")));
+        Form f1(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
+        Form f2(testDesc(QStringLiteral("frmProba2"), QStringLiteral("QUARV Proba2")), *m_session->dm);
         setPeriod(f1, QDate(2024, 1, 1), QDate(2024, 4, 30));
         f1.Cauta();
         grid::GridModel *v1 = f1.gridModel();
@@ -408,7 +411,7 @@ private slots:
         const QByteArray saved = grid::saveGridLayout(*v1);
 
         f1.styleButton()->click();
-        TfrmGridStyle *gs = frmGridStyle;
+        TfrmGridStyle *gs = m_styles;
         QVERIFY(gs->isVisible());
         QCOMPARE(gs->lblGridName->text(), QStringLiteral("QUARV Proba1"));
         QCOMPARE(gs->targetModel.data(), v1);
@@ -499,9 +502,9 @@ private slots:
         m_pg->exec(QStringLiteral("delete from grid_style;"
                                   "insert into grid_style (grid_name, style_name, emitent, data_creare) values"
                                   " ('QUARV Proba1', 'Alfa', 'E1', '2024-01-01'), ('QUARV Proba1', 'Beta', 'E1', '2024-02-01')"));
-        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
         f.styleButton()->click();
-        TfrmGridStyle *gs = frmGridStyle;
+        TfrmGridStyle *gs = m_styles;
         ui::GridTableView *view = gs->cxGrid1DBTableView1;
         grid::GridModel *m = gs->stylesModel();
         const int name = m->columnIndex(QStringLiteral("style_name"));
@@ -564,7 +567,7 @@ private slots:
     void ownershipAndDamage()
     {
         m_pg->exec(QStringLiteral("delete from grid_style"));
-        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")));
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
         grid::GridModel *v = f.gridModel();
         const QByteArray before = grid::saveGridLayout(*v);
         grid::GridModel other;
@@ -574,7 +577,7 @@ private slots:
                                   " values ('QUARV Proba1', 'Altul', 'E2', '2024-01-01', decode('%1', 'hex'))")
                        .arg(QString::fromLatin1(grid::saveGridLayout(other).toHex())));
         f.styleButton()->click();
-        TfrmGridStyle *gs = frmGridStyle;
+        TfrmGridStyle *gs = m_styles;
         QCOMPARE(gs->ds_style->rowCount(), 1);
 
         gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Furat"));
@@ -624,10 +627,10 @@ private slots:
         // The scratch file cannot be written: the error, nothing saved.
         m_pg->exec(QStringLiteral("update grid_style set grid_style_bytea = null"));
         gs->FormShow();
-        dmQuarv->caleDocumente = QStringLiteral("/nu/exista");
+        m_session->dm->caleDocumente = QStringLiteral("/nu/exista");
         m_msg->clear();
         gs->btnSalveaza->click();
-        dmQuarv->caleDocumente = docs();
+        m_session->dm->caleDocumente = docs();
         QCOMPARE(m_msg->errors.size(), 1);
         QVERIFY(!QGuiApplication::overrideCursor());
         QVERIFY(m_pg->scalar(QStringLiteral("select grid_style_bytea is null from grid_style")).toBool());
@@ -644,7 +647,7 @@ private slots:
         rep::ReportDesc d = testDesc(QStringLiteral("frmLung"), QString());
         d.sql = QStringLiteral("select 'C' || g as cod, 'rand ' || g as den, g * 0.01 as suma, date '2024-03-01' as zi\n"
                                "from generate_series(1, 4000000) g where date '2024-03-01' between :pDataIncep and :pDataSf");
-        Form f(d);
+        Form f(d, *m_session->dm);
         setPeriod(f, QDate(2024, 3, 1), QDate(2024, 3, 31));
         f.show();
         QWidget other;
@@ -734,7 +737,7 @@ private slots:
                                   " ('5121', 'Conturi la banci');"
                                   "insert into conts (conts, den_conts, discontinued) values ('999', 'Vechi', true);"
                                   "insert into conta (conts, conta, den_conta) values ('401', '401.01', 'Furnizor A');"));
-        TfrmConts_select p;
+        TfrmConts_select p(*m_session->dm);
         QCOMPARE(QString::fromUtf8(TfrmConts_select::sql()),
                  QStringLiteral("select *\nfrom conts\nwhere not discontinued \norder by conts\n         \n;"));
         QCOMPARE(QString::fromUtf8(TfrmConta_select::sql()),
@@ -792,7 +795,7 @@ private slots:
         QCOMPARE(p.pick(), int(QDialog::Accepted));
         QCOMPARE(p.chosen(QStringLiteral("conts")), QString());
 
-        TfrmConta_select a;
+        TfrmConta_select a(*m_session->dm);
         QTimer::singleShot(0, &a, [&a] { a.btnOK->click(); });
         QCOMPARE(a.pick(), int(QDialog::Accepted));
         QCOMPARE(a.chosen(QStringLiteral("conta")), QStringLiteral("401.01"));
@@ -835,7 +838,7 @@ private slots:
         d.editors[0].snap = rep::DateSnap::MonthStartOnChange;
         d.editors[1].snap = rep::DateSnap::MonthEndOnExit;
         d.editors[1].onShow = rep::DateOnShow::CurrentMonthEnd;
-        Form f(d);
+        Form f(d, *m_session->dm);
         ui::DateEdit *a = f.dateEdit(QStringLiteral("cxDateEdit1"));
         a->setDate(QDate(2024, 3, 15));
         QCOMPARE(a->date(), QDate(2024, 3, 1));

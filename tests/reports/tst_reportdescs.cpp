@@ -99,7 +99,7 @@ private slots:
         QCOMPARE(digestOf(d.sql), expected);
 
         // The form as the description says.
-        std::unique_ptr<TReportForm> f(entry->create(nullptr));
+        std::unique_ptr<TReportForm> f(entry->create(*m_session->dm, nullptr));
         QCOMPARE(f->objectName(), form);
         QCOMPARE(f->windowTitle(), form);
         QCOMPARE(f->titleLabel()->text(), d.title);
@@ -154,7 +154,7 @@ private slots:
         QVERIFY(anyContains(rep::validate(d), form, QStringLiteral("\"cxDateEdt1\"")));
         // The form refuses to be built from it.
         try {
-            TReportForm f(d);
+            TReportForm f(d, *m_session->dm);
             QFAIL("a form was built from a misspelt description");
         } catch (const std::logic_error &e) {
             QVERIFY(QString::fromUtf8(e.what()).contains(QStringLiteral("cxDateEdt1")));

@@ -57,9 +57,9 @@ private slots:
     {
         m_session = std::make_unique<TestSession>();
         m_msg = &m_session->messages;
-        frmConts_select = new TfrmConts_select;
-        frmAnalizaRegistruJurnal = new TfrmAnalizaRegistruJurnal;
-        frmFisaDeContAnalitica = new TfrmFisaDeContAnalitica;
+        frmConts_select = new TfrmConts_select(*m_session->dm);
+        frmAnalizaRegistruJurnal = new TfrmAnalizaRegistruJurnal(*m_session->dm);
+        frmFisaDeContAnalitica = new TfrmFisaDeContAnalitica(*m_session->dm);
 
         PgTestServer::instance().exec(QStringLiteral(R"(
 insert into tip_doc (tip_doc, den_tip_doc, jurnal) values ('FACT', 'Factura', 'J_TIP'), ('OP', 'Ordin', null);

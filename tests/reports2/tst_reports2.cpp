@@ -134,14 +134,14 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
     {
         m_msg->clear();
         // Each report shows whether it opens the session's period row.
-        dmQuarv->dsDataList->close();
+        m_session->dm->dsDataList->close();
     }
 
     // The detailed analysis: snapping on exit, its own period row written as
     // the editors hold it, the view re-run, closing empties the grid.
     void detailedAnalysis()
     {
-        TfrmAnalizaContabilaDetaliata f;
+        TfrmAnalizaContabilaDetaliata f(*m_session->dm);
         QCOMPARE(f.findChild<QGroupBox *>()->title(), QStringLiteral("Alegeti perioada de analiza"));
         f.show();
         const QDate t = QDate::currentDate();
@@ -172,7 +172,7 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         QCOMPARE(footer(&f, "valoare_lei"), QStringLiteral("0"));
         // The form's own period row, closed again; the other columns kept; the session's untouched.
         QVERIFY(f.ownDataList() && !f.ownDataList()->isActive());
-        QVERIFY(!dmQuarv->dsDataList->isActive());
+        QVERIFY(!m_session->dm->dsDataList->isActive());
         QCOMPARE(m_pg->scalar(QStringLiteral("select moneda_raportare from data_list")).toString(), QStringLiteral("EUR"));
 
         setPeriod(&f, d("2024-03-01"), d("2024-03-31"));
@@ -228,7 +228,7 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
     // through the session's period row, the query only opened.
     void documentPostings()
     {
-        TfrmContareDocumente f;
+        TfrmContareDocumente f(*m_session->dm);
         f.show();
         QVERIFY(f.dateEdit(QStringLiteral("cxDateEdit1"))->isEmpty());
         QVERIFY(!f.findChild<QWidget *>(QStringLiteral("lblConta"))->isVisibleTo(&f));
@@ -253,7 +253,7 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         f.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-03-01 2024-03-31"));
         QCOMPARE(f.editorDate(QStringLiteral("cxDateEdit1")), d("2024-03-03"));
-        QVERIFY(dmQuarv->dsDataList->isActive()); // the session's row, left open
+        QVERIFY(m_session->dm->dsDataList->isActive()); // the session's row, left open
         QCOMPARE(f.gridModel()->recordCount(), 3);
 
         // Ordered by account pair; channel and chapter columns.
@@ -322,7 +322,7 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
   ('2024-03-07', 'NIR', '5', 1, 'CMD2', '01.02', 'OB1', 'Client', 'Apa', 'plata', 'e5', 'Cheltuieli', null, 'E1', null);
 )"));
         // Expenses and revenues by order: the month test as an error, then the empty test.
-        TfrmCheltVenPeComenziFaraRegii o;
+        TfrmCheltVenPeComenziFaraRegii o(*m_session->dm);
         QVERIFY(!o.styleButton() && !o.statusBar() && o.runButton()->font().bold());
         setStoredPeriod("2000-01-01", "2000-01-31");
         o.dateEdit(QStringLiteral("cxDateEdit2"))->setDate(d("2024-03-20"));
@@ -341,7 +341,7 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         o.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-03-01 2024-03-31"));
         QCOMPARE(o.gridModel()->recordCount(), 4);
-        QVERIFY(dmQuarv->dsDataList->isActive());
+        QVERIFY(m_session->dm->dsDataList->isActive());
         QVERIFY(!QGuiApplication::overrideCursor());
         QCOMPARE(cell(&o, 0, "nr_obiect_1"), QStringLiteral("OB1"));
         QCOMPARE(cell(&o, 0, "nr_obiect_2"), QString());
@@ -383,14 +383,14 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
         QVERIFY(Unzipped(docsFile(QStringLiteral("o.xlsx"))).entry("xl/worksheets/sheet1.xml").contains("<v>40</v>"));
 
         // Profitability: whole months over a span, no month test, the query only opened.
-        TfrmAnaliza_Profitabilitate p;
+        TfrmAnaliza_Profitabilitate p(*m_session->dm);
         p.dateEdit(QStringLiteral("cxDateEdit1"))->setDate(d("2024-01-15"));
         QCOMPARE(errorOf(&p), kChoose);
         setPeriod(&p, d("2024-01-15"), d("2024-03-10"));
-        dmQuarv->dsDataList->close();
+        m_session->dm->dsDataList->close();
         p.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-01-01 2024-03-31"));
-        QVERIFY(dmQuarv->dsDataList->isActive());
+        QVERIFY(m_session->dm->dsDataList->isActive());
         QCOMPARE(p.gridModel()->recordCount(), 5);
         QCOMPARE(footer(&p, "valoare_lei"), QStringLiteral("152"));
         setPeriod(&p, d("2024-02-10"), d("2024-02-05"));
@@ -400,12 +400,12 @@ insert into postc_fix (data_doc, tip_doc, nr_doc, scv, com_int, loc, nr_obiect, 
 
         // Post-calculation: built by hand (the program never creates it).
         QCOMPARE(frmAnalizaPostcalcul, nullptr);
-        TfrmAnalizaPostcalcul a;
+        TfrmAnalizaPostcalcul a(*m_session->dm);
         QCOMPARE(a.runButton()->objectName(), QStringLiteral("cxButton1"));
-        dmQuarv->dsDataList->close();
+        m_session->dm->dsDataList->close();
         setPeriod(&a, d("2024-03-01"), d("2024-03-31"));
         a.Cauta();
-        QVERIFY(dmQuarv->dsDataList->isActive());
+        QVERIFY(m_session->dm->dsDataList->isActive());
         QCOMPARE(period(), QStringLiteral("2024-03-01 2024-03-31"));
         grid::GridModel *m = a.gridModel();
         QCOMPARE(m->recordCount(), 4);
@@ -460,7 +460,7 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, com_int, chelt_ven
   ('2024-05-13', 'FactCI', '13', 1, 'Pachet', 'T1', 'Venituri', 300, 300, 19, 'RON', 4),
   ('2024-05-07', 'FactCI', '14', 1, 'Pachet', 'X1', 'Venituri', 1, 1, 19, 'RON', 5);
 )"));
-        TfrmVerifDecontTurism f;
+        TfrmVerifDecontTurism f(*m_session->dm);
         QCOMPARE(f.findChild<QGroupBox *>()->title(), QStringLiteral("Alegeti perioada"));
         QCOMPARE(f.findChild<QLabel *>(QStringLiteral("lblcxDateEdit1"))->text(), QStringLiteral("De la :"));
         QCOMPARE(f.gridModel()->columnCount(), 87);
@@ -494,7 +494,7 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, com_int, chelt_ven
         f.Cauta();
         QCOMPARE(period(), QStringLiteral("2024-05-05 2024-05-12"));
         QVERIFY(!f.ownDataList()->isActive());
-        QVERIFY(!dmQuarv->dsDataList->isActive()); // its own row, not the session's
+        QVERIFY(!m_session->dm->dsDataList->isActive()); // its own row, not the session's
         QVERIFY(!QGuiApplication::overrideCursor());
         grid::GridModel *m = f.gridModel();
         QCOMPARE(m->recordCount(), 3);

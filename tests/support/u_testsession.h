@@ -2,8 +2,9 @@
 // The session the report suites run in: the session module on the test
 // server, its Documents folder a fresh temporary one, the list separator ';'
 // (a desktop with decimal commas), message boxes recorded rather than shown.
-// Made in initTestCase, dropped in cleanupTestCase. Header only: a suite
-// that uses it links the session and the report frame anyway.
+// Made in initTestCase, dropped in cleanupTestCase; the windows under test are
+// handed `*dm`. Header only: a suite that uses it links the session and the
+// report frame anyway.
 
 #include "analyses/u_platform.h"
 #include "session/u_dmQuarv.h"
@@ -17,16 +18,15 @@ public:
     explicit TestSession(const QString &issuer = {})
     {
         platform::setListSeparatorOverride(QChar(u';'));
-        dmQuarv = new TdmQuarv;
-        dmQuarv->caleDocumente = docs.path();
-        dmQuarv->emitent = issuer;
-        PgTestServer::instance().configure(*dmQuarv->pgConn);
-        dmQuarv->pgConn->open();
+        dm = new TdmQuarv;
+        dm->caleDocumente = docs.path();
+        dm->emitent = issuer;
+        PgTestServer::instance().configure(*dm->pgConn);
+        dm->pgConn->open();
     }
     ~TestSession()
     {
-        delete dmQuarv;
-        dmQuarv = nullptr;
+        delete dm;
         platform::setListSeparatorOverride(std::nullopt);
     }
     TestSession(const TestSession &) = delete;
@@ -34,4 +34,5 @@ public:
 
     ui::ScopedRecordingMessages messages;
     QTemporaryDir docs;
+    TdmQuarv *dm = nullptr;
 };
