@@ -4,6 +4,8 @@
 
 #include <QSet>
 
+#include <algorithm>
+
 namespace rep {
 
 // ----- editors and dates
@@ -240,6 +242,29 @@ bool changesState(StepKind k)
 }
 
 } // namespace
+
+QString parametersText(const ReportDesc &d, const std::function<QString(const EditorDesc &)> &shown)
+{
+    QStringList parts;
+    for (const EditorDesc &e : d.editors) {
+        const QString value = shown(e);
+        if (value.isEmpty())
+            continue;
+        const QString label = e.label.trimmed();
+        parts << (label.isEmpty() ? value : label + QLatin1Char(' ') + value);
+    }
+    return parts.join(QStringLiteral("  "));
+}
+
+QString pdfFileName(const ReportDesc &d)
+{
+    QString name = d.exports.isEmpty() ? QStringLiteral("\\") + d.formName : d.exports.constFirst().fileName;
+    const qsizetype slash = std::max(name.lastIndexOf(QLatin1Char('\\')), name.lastIndexOf(QLatin1Char('/')));
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    if (dot > slash)
+        name.truncate(dot);
+    return name + QStringLiteral(".pdf");
+}
 
 QStringList validate(const ReportDesc &d)
 {

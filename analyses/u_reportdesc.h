@@ -17,6 +17,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <initializer_list>
 
 namespace rep {
@@ -259,6 +260,14 @@ void setUpGrid(const ReportDesc &d, grid::GridModel &model);
 // What is wrong with a description, one line per fault naming the report and
 // the name at fault; empty when it is sound.
 QStringList validate(const ReportDesc &d);
+
+// What a report's pages say of its parameters: each editor's label and its
+// value as the editor shows it ("Perioada de la : 01.01.2025 pana la :
+// 30.11.2026"), in the editors' order; editors left empty are left out.
+QString parametersText(const ReportDesc &d, const std::function<QString(const EditorDesc &)> &shown);
+// The PDF's file name: the report's first export name with ".pdf"
+// ("\AnalizaRegistruJurnal.pdf"); the form's name without one.
+QString pdfFileName(const ReportDesc &d);
 // The columns and sums against the fields the query returns.
 QStringList validateFields(const ReportDesc &d, const QStringList &resultFields);
 

@@ -1,11 +1,11 @@
 #include "app/u_application.h"
 
 #include "ui/u_messages.h"
-#include "ui/u_fonts.h"
+#include "paper/u_fonts.h"
 
 TQuarvApplication::TQuarvApplication(int &argc, char **argv) : QApplication(argc, argv)
 {
-    ui::installFontSubstitutes();
+    paper::installFontSubstitutes();
 }
 
 bool TQuarvApplication::notify(QObject *receiver, QEvent *event)

@@ -32,6 +32,8 @@
 #include <QChar>
 #include <QString>
 
+class QSaveFile;
+
 namespace grid {
 
 class GridModel;
@@ -44,5 +46,13 @@ struct XlsxOptions {
 void exportGridCsv(const GridModel &model, const QString &path, QChar separator);
 void exportGridText(const GridModel &model, const QString &path);
 void exportGridXlsx(const GridModel &model, const QString &path, const XlsxOptions &options = {});
+
+// For every writer of an export file (these and the printed ones):
+// the failure they raise, naming the file ...
+[[noreturn]] void writeFailed(const QString &path, const QString &why);
+// ... and how a written file is put in place. The sync to disk that comes
+// with it can take long on a large file: it runs aside, and a stop asked
+// meanwhile comes too late (the file is whole and in place).
+void commitAside(QSaveFile &file, const QString &path);
 
 } // namespace grid

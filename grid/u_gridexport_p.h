@@ -13,33 +13,12 @@ namespace grid {
 
 constexpr qsizetype kFlushAt = 1 << 20;
 
-[[noreturn]] void writeFailed(const QString &path, const QString &why);
-// Puts the written file in place. The sync to disk that comes with it can
-// take long on a large file: it runs aside, and a stop asked meanwhile comes
-// too late (the file is whole and in place).
-void commitAside(QSaveFile &file, const QString &path);
-
 // The pieces every variant writes, in the one export layout.
 struct ExportSource {
-    // Changes asked while the export runs (a timer served by its progress)
-    // wait until it has read the rows.
-    struct Hold {
-        GridModel &model;
-        explicit Hold(const GridModel &m) : model(const_cast<GridModel &>(m)) { GridModelAccess::beginBatch(model); }
-        ~Hold()
-        {
-            try {
-                GridModelAccess::endBatch(model);
-            } catch (...) {
-                // a refused change of the focus; the rows are rebuilt all the same
-            }
-        }
-        Hold(const Hold &) = delete;
-        Hold &operator=(const Hold &) = delete;
-    };
     const GridModel &m;
     const GridModel::Impl &d;
-    Hold hold;
+    // Changes asked while the export runs wait until it has read the rows.
+    GridModel::Hold hold;
     QList<int> cols;              // visible columns, display order
     bool groupFooters;
     bool footer;

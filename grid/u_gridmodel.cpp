@@ -55,6 +55,20 @@ GridModel::GridModel(QObject *parent) : QObject(parent), d(std::make_unique<Impl
     d->decimalPoint8 = d->locale.decimalPoint().toUtf8();
 }
 
+GridModel::Hold::Hold(const GridModel &model) : m_model(const_cast<GridModel &>(model))
+{
+    GridModelAccess::beginBatch(m_model);
+}
+
+GridModel::Hold::~Hold()
+{
+    try {
+        GridModelAccess::endBatch(m_model);
+    } catch (...) {
+        // a refused change of the focus; the rows are rebuilt all the same
+    }
+}
+
 GridModel::~GridModel()
 {
     for (const auto &c : std::as_const(d->conns))

@@ -96,6 +96,19 @@ public:
     explicit GridModel(QObject *parent = nullptr);
     ~GridModel() override;
 
+    // While a Hold lives, changes asked meanwhile (a timer served during a
+    // long export or print) wait, and the rows stay as they are being read.
+    class Hold {
+    public:
+        explicit Hold(const GridModel &model);
+        ~Hold();
+        Hold(const Hold &) = delete;
+        Hold &operator=(const Hold &) = delete;
+
+    private:
+        GridModel &m_model;
+    };
+
     // ----- data source
     void setDataSet(db::DataSet *ds);           // nullptr unbinds; the dataset is not owned
     db::DataSet *dataSet() const;

@@ -16,6 +16,7 @@
 // leaves the row.
 
 #include "grid/u_gridmodel.h"
+#include "paper/u_gridpaper.h"
 #include "ui/u_gridnavigator.h"
 #include "ui/u_gridstylesheet.h"
 
@@ -118,11 +119,25 @@ public:
     // Its object name is "cxGridPopupMenu1"; actions carry object names
     // (actSortAsc, actSortDesc, actClearSort, actGroupBy, actGroupByBox,
     // actFooter, actRemoveColumn, actFieldChooser (a sub-menu), actBestFit,
-    // actBestFitAll).
+    // actBestFitAll, and on paper actPrint, actExportPdf).
     QMenu *createHeaderMenu(int col, QWidget *parent = nullptr);
     void bestFit(int col);
     void bestFitAll();
     int bestFitWidth(int col) const;
+
+    // ----- on paper: "Tipareste..." (also Ctrl+P) and "Export PDF..." in the
+    // header menu. A report grid says what its pages' header holds and where
+    // the PDF is proposed; a grid without that offers neither.
+    struct PaperSource {
+        std::function<paper::PageHeader()> header;
+        std::function<QString()> pdfPath;
+    };
+    void setPaperSource(PaperSource source) { m_paper = std::move(source); }
+    bool onPaper() const { return bool(m_paper.header); }
+    // The print dialog, then the pages; the save dialog, then the PDF. A
+    // cancelled dialog or a stopped run leaves nothing; failures throw.
+    void printGrid();
+    void exportPdf();
 
     // ----- in-place editing
     bool isEditing() const;
@@ -207,6 +222,7 @@ private:
     QList<int> m_visible;                 // visible columns, display order
     QList<int> m_left;                    // unscrolled left of each visible column (after indicator and indent)
     int m_totalWidth = 0;
+    PaperSource m_paper;
 };
 
 // The container: one table view over its navigator.

@@ -132,6 +132,12 @@ QMenu *GridTableView::createHeaderMenu(int col, QWidget *parent)
     menu->addSeparator();
     add(menu, "actBestFit", QStringLiteral("Latime optima"), hasCol, [this, col](bool) { bestFit(col); });
     add(menu, "actBestFitAll", QStringLiteral("Latime optima (toate coloanele)"), true, [this](bool) { bestFitAll(); });
+    if (onPaper()) {
+        menu->addSeparator();
+        a = add(menu, "actPrint", QStringLiteral("Tipareste..."), true, [this](bool) { printGrid(); });
+        a->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_P));
+        add(menu, "actExportPdf", QStringLiteral("Export PDF..."), true, [this](bool) { exportPdf(); });
+    }
     return menu;
 }
 

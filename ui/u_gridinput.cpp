@@ -84,6 +84,10 @@ void GridTableView::keyPressEvent(QKeyEvent *e)
     const grid::RowKind kind = isDataRow(row) || row < 0 ? grid::RowKind::Data : m_model->rowKind(row);
     const bool onGroup = row >= 0 && kind == grid::RowKind::Group;
     const int vi = int(m_visible.indexOf(m_focusColumn));
+    if (ctrl && e->key() == Qt::Key_P && onPaper()) {
+        guarded([this] { printGrid(); });
+        return;
+    }
     switch (e->key()) {
     case Qt::Key_Up: moveFocusBy(-1); return;
     case Qt::Key_Down: moveFocusBy(1); return;

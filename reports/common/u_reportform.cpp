@@ -192,6 +192,22 @@ void TReportForm::buildGrid()
 
     rep::setUpGrid(m_desc, *m_model);
     m_gridView->setDataSet(m_query);
+    m_gridView->setPaperSource({[this] { return pageHeader(); },
+                                [this] { return proposedFileName(rep::pdfFileName(m_desc)); }});
+}
+
+paper::PageHeader TReportForm::pageHeader() const
+{
+    paper::PageHeader h;
+    h.title = m_title->text();
+    h.period = rep::parametersText(m_desc, [this](const rep::EditorDesc &e) {
+        if (ui::DateEdit *de = dateEdit(e.objectName))
+            return de->isEmpty() ? QString() : de->date().toString(ui::DateEdit::format());
+        return editorText(e.objectName);
+    });
+    h.issuer = m_session.issuer();
+    h.printedAt = QDateTime::currentDateTime();
+    return h;
 }
 
 void TReportForm::wireEditor(const rep::EditorDesc &e, QWidget *w)

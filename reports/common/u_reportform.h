@@ -16,6 +16,7 @@
 
 #include "db/u_query.h"
 #include "grid/u_gridmodel.h"
+#include "paper/u_gridpaper.h"
 #include "session/u_formsession.h"
 
 #include <QPointer>
@@ -77,6 +78,11 @@ public:
     void exportKind(rep::ExportKind kind);
     // caleDocumente + the export's file name (backslash rule of platform::documentsFile).
     QString proposedFileName(const QString &fileName) const;
+
+    // ----- on paper (the grid's header menu and Ctrl+P): every page's header
+    // holds the title label, the parameters as the editors show them, the
+    // issuer and the time it was asked.
+    paper::PageHeader pageHeader() const;
 
     // ----- style button: the session's style manager, retargeted to this grid.
     void styleButtonClick();

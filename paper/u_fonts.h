@@ -2,8 +2,8 @@
 // The forms are designed in Tahoma and MS Sans Serif; where those are
 // missing, narrow sans fonts stand in so captions fit their designed widths.
 
-namespace ui {
+namespace paper {
 
 void installFontSubstitutes();
 
-} // namespace ui
+} // namespace paper

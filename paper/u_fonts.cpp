@@ -1,9 +1,9 @@
-#include "ui/u_fonts.h"
+#include "paper/u_fonts.h"
 
 #include <QFont>
 #include <QStringList>
 
-namespace ui {
+namespace paper {
 
 void installFontSubstitutes()
 {
@@ -13,4 +13,4 @@ void installFontSubstitutes()
         QFont::insertSubstitutions(QString::fromLatin1(family), narrow);
 }
 
-} // namespace ui
+} // namespace paper

@@ -1,0 +1,315 @@
+// Grids on paper: the PDF read back with pdftotext and pdfinfo (what is on
+// every page, the grid as shown, columns continued across pages, wrapped
+// text, a stopped run), the grid's menu and Ctrl+P, and a report form's
+// page header.
+
+#include "db/u_busy.h"
+#include "grid/u_gridmodel.h"
+#include "paper/u_gridpaper.h"
+#include "reports/u_frmFisaDeContAnalitica.h"
+#include "tests/gridcore/u_testdataset.h"
+#include "tests/support/u_testsession.h"
+#include "ui/u_buttonedit.h"
+#include "ui/u_dateedit.h"
+#include "ui/u_filedialog.h"
+#include "ui/u_grid.h"
+#include "ui/u_printdialog.h"
+
+#include <QAction>
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+using db::FieldType;
+
+namespace {
+
+// The text of each page, as pdftotext lays it out.
+QStringList pdfPages(const QString &path)
+{
+    QProcess p;
+    p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), QStringLiteral("-enc"), QStringLiteral("UTF-8"), path,
+                                          QStringLiteral("-")});
+    if (!p.waitForFinished(60000) || p.exitCode() != 0)
+        return {};
+    QStringList pages = QString::fromUtf8(p.readAllStandardOutput()).split(QLatin1Char('\f'));
+    if (!pages.isEmpty() && pages.last().trimmed().isEmpty())
+        pages.removeLast();
+    return pages;
+}
+
+int pdfPageCount(const QString &path)
+{
+    QProcess p;
+    p.start(QStringLiteral("pdfinfo"), {path});
+    p.waitForFinished(60000);
+    const QRegularExpressionMatch m =
+        QRegularExpression(QStringLiteral("^Pages:\\s+(\\d+)"), QRegularExpression::MultilineOption)
+            .match(QString::fromUtf8(p.readAllStandardOutput()));
+    return m.hasMatch() ? m.captured(1).toInt() : -1;
+}
+
+paper::PageHeader header()
+{
+    return {QStringLiteral("Registru de proba"), QStringLiteral("Perioada de la : 01.01.2025 pana la : 31.01.2025"),
+            QStringLiteral("DEMO"), QDateTime(QDate(2026, 11, 24), QTime(9, 30))};
+}
+
+// Postings of three partners (Romanian letters in both spellings), grouped
+// by partner with sums per group and in the footer; the memo column hidden.
+struct Ledger {
+    TestDataSet ds{{{QStringLiteral("partener"), FieldType::Text},
+                    {QStringLiteral("explicatie"), FieldType::Text},
+                    {QStringLiteral("valoare"), FieldType::Float},
+                    {QStringLiteral("nota"), FieldType::Text}}};
+    grid::GridModel m;
+    explicit Ledger(int rows)
+    {
+        const QStringList partners = {QStringLiteral("Ăsta Îmbrăcăminte"), QStringLiteral("Șină și Țeavă"),
+                                      QStringLiteral("Şcoala Ţării")};
+        for (int r = 0; r < rows; ++r)
+            ds.add({partners[r % 3], QStringLiteral("plata %1").arg(r), 1000.5 + r, QStringLiteral("ascuns%1").arg(r)});
+        m.setLocale(QLocale(QLocale::Romanian, QLocale::Romania));
+        m.setDataSet(&ds);
+        m.addColumn(QStringLiteral("partener"), QStringLiteral("Partener"), 160);
+        m.addColumn(QStringLiteral("explicatie"), QStringLiteral("Explicatie"), 200);
+        m.addColumn(QStringLiteral("valoare"), QStringLiteral("Valoare"), 100);
+        m.addColumn(QStringLiteral("nota"), QStringLiteral("Nota"), 100);
+        m.setColumnDisplayFormat(m.columnIndex(QStringLiteral("valoare")), QStringLiteral("#,##0.00"));
+        m.setColumnVisible(m.columnIndex(QStringLiteral("nota")), false);
+        m.setGroupSummaries({{QStringLiteral("valoare"), grid::SummaryKind::Sum, QStringLiteral("#,##0.00")}});
+        m.setFooterSummaries({{QStringLiteral("valoare"), grid::SummaryKind::Sum, QStringLiteral("#,##0.00")}});
+        ds.openNow();
+    }
+};
+
+struct Stopper : db::busy::Watcher {
+    qsizetype at;
+    explicit Stopper(qsizetype done) : at(done) {}
+    void pulse(const db::busy::Progress &p) override
+    {
+        if (p.phase == db::busy::Phase::Writing && p.done >= at)
+            throw db::busy::Cancelled{};
+    }
+    db::busy::WatchScope scope{this};
+};
+
+} // namespace
+
+class TestPaper : public QObject {
+    Q_OBJECT
+    QTemporaryDir m_dir;
+    QString file(const QString &name) const { return m_dir.filePath(name); }
+
+private slots:
+    // Every page carries the title, the period, the issuer, the time, the
+    // column headers and its number; the rows are those shown: groups with
+    // their captions and sums, a collapsed group as its group row only, no
+    // hidden column, the grand total on the last page.
+    void pdfIsTheGridAsShown()
+    {
+        Ledger l(300);
+        l.m.groupByColumn(l.m.columnIndex(QStringLiteral("partener")));
+        l.m.expandAll();
+        for (qsizetype r = 0; r < l.m.rowCount(); ++r)
+            if (l.m.rowKind(r) == grid::RowKind::Group && l.m.groupRowText(r).contains(QStringLiteral("Şcoala")))
+                l.m.setExpanded(r, false);
+        const QString pdf = file(QStringLiteral("asa.pdf"));
+        paper::exportGridPdf(l.m, pdf, header());
+
+        const QStringList pages = pdfPages(pdf);
+        QVERIFY(pages.size() >= 3);
+        QCOMPARE(pdfPageCount(pdf), int(pages.size()));
+        for (int i = 0; i < pages.size(); ++i) {
+            const QString &t = pages[i];
+            QVERIFY2(t.contains(QStringLiteral("Registru de proba")), qPrintable(t));
+            QVERIFY(t.contains(QStringLiteral("Perioada de la : 01.01.2025 pana la : 31.01.2025")));
+            QVERIFY(t.contains(QStringLiteral("Emitent: DEMO")));
+            QVERIFY(t.contains(QStringLiteral("24.11.2026 09:30")));
+            QVERIFY(t.contains(QRegularExpression(QStringLiteral("Partener\\s+Explicatie\\s+Valoare"))));
+            QVERIFY2(t.contains(QStringLiteral("Pagina %1 din %2").arg(i + 1).arg(pages.size())), qPrintable(t));
+            QVERIFY(!t.contains(QStringLiteral("Nota")) && !t.contains(QStringLiteral("ascuns")));
+        }
+        const QString all = pages.join(QLatin1Char('\n'));
+        // Group captions with their counts, the letters intact in both spellings.
+        QVERIFY(all.contains(QStringLiteral("Partener: Ăsta Îmbrăcăminte (100)")));
+        QVERIFY(all.contains(QStringLiteral("Partener: Șină și Țeavă (100)")));
+        QVERIFY(all.contains(QStringLiteral("Partener: Şcoala Ţării (100)")));
+        // Rows of expanded groups, none of the collapsed one.
+        QVERIFY(all.contains(QRegularExpression(QStringLiteral("Șină și Țeavă\\s+plata 1\\s+1\\.001,50"))));
+        QVERIFY(!all.contains(QRegularExpression(QStringLiteral("Şcoala Ţării\\s+plata"))));
+        // Group footers and the grand total in their formats, as the grid shows them.
+        for (qsizetype r = 0; r < l.m.rowCount(); ++r)
+            if (l.m.rowKind(r) == grid::RowKind::GroupFooter)
+                QVERIFY2(all.contains(l.m.groupFooterTextForColumn(r, 2)), qPrintable(l.m.groupFooterTextForColumn(r, 2)));
+        QCOMPARE(l.m.footerTextForColumn(2), QStringLiteral("345.000,00"));
+        QVERIFY(pages.last().contains(QStringLiteral("345.000,00")));
+        QVERIFY(!pages.first().contains(QStringLiteral("345.000,00")));
+    }
+
+    // Too many columns for a readable size: they continue on following pages,
+    // the first column repeated there; the pages of one stretch of rows
+    // follow each other, numbered through.
+    void wideGridContinues()
+    {
+        std::vector<db::FieldDef> fields;
+        for (int c = 0; c < 30; ++c)
+            fields.push_back({QStringLiteral("c%1").arg(c), FieldType::Text});
+        TestDataSet ds(fields);
+        for (int r = 0; r < 10; ++r) {
+            QVariantList row;
+            for (int c = 0; c < 30; ++c)
+                row << QStringLiteral("r%1k%2").arg(r).arg(c);
+            ds.add(row);
+        }
+        grid::GridModel m;
+        m.setDataSet(&ds);
+        for (int c = 0; c < 30; ++c)
+            m.addColumn(QStringLiteral("c%1").arg(c), QStringLiteral("Col%1").arg(c), 120);
+        ds.openNow();
+        const QString pdf = file(QStringLiteral("lat.pdf"));
+        paper::exportGridPdf(m, pdf, header());
+        const QStringList pages = pdfPages(pdf);
+        QVERIFY(pages.size() >= 2);
+        QStringList seen;
+        for (int i = 0; i < pages.size(); ++i) {
+            QVERIFY(pages[i].contains(QStringLiteral("Col0 ")));
+            QVERIFY(pages[i].contains(QStringLiteral("r9k0")));
+            QVERIFY(pages[i].contains(QStringLiteral("Pagina %1 din %2").arg(i + 1).arg(pages.size())));
+            for (int c = 1; c < 30; ++c)
+                if (pages[i].contains(QStringLiteral("r9k%1 ").arg(c)) || pages[i].contains(QStringLiteral("r9k%1\n").arg(c)))
+                    seen << QString::number(c);
+        }
+        seen.removeDuplicates();
+        QCOMPARE(seen.size(), 29); // every column somewhere, each once
+        QVERIFY(!pages.first().contains(QStringLiteral("Col29")));
+        QVERIFY(pages.last().contains(QStringLiteral("Col29")));
+    }
+
+    // A long text wraps to a second line and ends with an ellipsis; numbers
+    // keep one line.
+    void longTextWraps()
+    {
+        TestDataSet ds({{QStringLiteral("explicatie"), FieldType::Text}, {QStringLiteral("valoare"), FieldType::Float}});
+        QStringList words;
+        for (int w = 0; w < 60; ++w)
+            words << QStringLiteral("cuvant%1").arg(w);
+        ds.add({words.join(QLatin1Char(' ')), 12.5});
+        grid::GridModel m;
+        m.setDataSet(&ds);
+        m.addColumn(QStringLiteral("explicatie"), QStringLiteral("Explicatie"), 300);
+        m.addColumn(QStringLiteral("valoare"), QStringLiteral("Valoare"), 1000);
+        ds.openNow();
+        const QString pdf = file(QStringLiteral("lung.pdf"));
+        paper::exportGridPdf(m, pdf, header());
+        const QString t = pdfPages(pdf).value(0);
+        QVERIFY(t.contains(QStringLiteral("cuvant0 cuvant1")));
+        QVERIFY(t.contains(QStringLiteral("…")));
+        QVERIFY(!t.contains(QStringLiteral("cuvant59")));
+        const QStringList lines = t.split(QLatin1Char('\n'));
+        const auto first = std::find_if(lines.begin(), lines.end(), [](const QString &s) { return s.contains(QStringLiteral("cuvant0")); });
+        QVERIFY(first != lines.end() && first + 1 != lines.end());
+        QVERIFY((first + 1)->contains(QRegularExpression(QStringLiteral("cuvant\\d+"))));
+    }
+
+    // Stopped half way: no file, and a file of that name keeps its bytes.
+    void stoppedLeavesNoFile()
+    {
+        Ledger l(20000);
+        const QString pdf = file(QStringLiteral("oprit.pdf"));
+        QFile old(pdf);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write("vechi");
+        old.close();
+        {
+            Stopper stop(25000);
+            QVERIFY_THROWS_EXCEPTION(db::busy::Cancelled, paper::exportGridPdf(l.m, pdf, header()));
+        }
+        QVERIFY(old.open(QIODevice::ReadOnly));
+        QCOMPARE(old.readAll(), QByteArray("vechi"));
+        QCOMPARE(QDir(m_dir.path()).entryList({QStringLiteral("oprit*")}, QDir::Files | QDir::Hidden).size(), 1);
+    }
+
+    // The header menu offers print and PDF after a separator on a report
+    // grid only; the save dialog proposes the report's name, adds the
+    // extension, and a cancel writes nothing; Ctrl+P asks the print dialog
+    // (landscape offered) and prints.
+    void viewMenuAndDialogs()
+    {
+        Ledger l(30);
+        ui::Grid g;
+        ui::GridTableView *v = g.view();
+        v->setGridStyleSheet({});
+        v->model()->setDataSet(&l.ds);
+        v->model()->createDefaultColumns();
+        std::unique_ptr<QMenu> plain(v->createHeaderMenu(0));
+        QVERIFY(!plain->findChild<QAction *>(QStringLiteral("actPrint")));
+
+        v->setPaperSource({[] { return header(); }, [this] { return file(QStringLiteral("Propus.pdf")); }});
+        std::unique_ptr<QMenu> menu(v->createHeaderMenu(0));
+        const QList<QAction *> actions = menu->actions();
+        QCOMPARE(actions.size() >= 3, true);
+        QVERIFY(actions[actions.size() - 3]->isSeparator());
+        QCOMPARE(actions[actions.size() - 2]->objectName(), QStringLiteral("actPrint"));
+        QCOMPARE(actions[actions.size() - 2]->text(), QStringLiteral("Tipareste..."));
+        QCOMPARE(actions.last()->objectName(), QStringLiteral("actExportPdf"));
+        QCOMPARE(actions.last()->text(), QStringLiteral("Export PDF..."));
+
+        ui::ScopedQueuedFileDialog save;
+        save.answers << QString() << file(QStringLiteral("ales"));
+        actions.last()->trigger(); // cancelled
+        QCOMPARE(save.askedFilters, QStringList{QStringLiteral("*.pdf")});
+        QCOMPARE(save.askedNames, QStringList{file(QStringLiteral("Propus.pdf"))});
+        QVERIFY(!QFile::exists(file(QStringLiteral("Propus.pdf"))) && !QFile::exists(file(QStringLiteral("ales.pdf"))));
+        actions.last()->trigger();
+        QVERIFY(pdfPages(file(QStringLiteral("ales.pdf"))).value(0).contains(QStringLiteral("Registru de proba")));
+
+        ui::ScopedQueuedPrintDialog print;
+        print.answers << QString() << file(QStringLiteral("tiparit.pdf"));
+        g.show();
+        v->setFocus();
+        QTest::keyClick(v, Qt::Key_P, Qt::ControlModifier); // cancelled
+        QCOMPARE(print.asked, 1);
+        QVERIFY(print.offeredLandscape);
+        QVERIFY(!QFile::exists(file(QStringLiteral("tiparit.pdf"))));
+        QTest::keyClick(v, Qt::Key_P, Qt::ControlModifier);
+        QCOMPARE(print.asked, 2);
+        const QStringList printed = pdfPages(file(QStringLiteral("tiparit.pdf")));
+        QCOMPARE(printed.size(), 1);
+        QVERIFY(printed[0].contains(QStringLiteral("Pagina 1 din 1")));
+        QVERIFY(printed[0].contains(QStringLiteral("plata 29")));
+    }
+
+    // A report form's pages: its title label, the account and the period as
+    // the editors show them, the issuer signed in; the PDF proposed in the
+    // Documents folder under the report's export name.
+    void formPageHeader()
+    {
+        TestSession session(QStringLiteral("DEMO"));
+        TfrmFisaDeContAnalitica f(*session.dm);
+        f.buttonEdit(QStringLiteral("cxButtonEdit1"))->setText(QStringLiteral("4111"));
+        f.dateEdit(QStringLiteral("cxDateEdit1"))->setDate(QDate(2025, 1, 1));
+        f.dateEdit(QStringLiteral("cxDateEdit2"))->setDate(QDate(2025, 1, 31));
+        const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
+        const paper::PageHeader h = f.pageHeader();
+        QCOMPARE(h.title, f.titleLabel()->text());
+        QVERIFY2(h.period.contains(QStringLiteral("4111")), qPrintable(h.period));
+        QVERIFY(h.period.indexOf(QStringLiteral("4111")) < h.period.indexOf(QStringLiteral("01.01.2025")));
+        QVERIFY(h.period.indexOf(QStringLiteral("01.01.2025")) < h.period.indexOf(QStringLiteral("31.01.2025")));
+        QCOMPARE(h.issuer, QStringLiteral("DEMO"));
+        QVERIFY(h.printedAt >= before && h.printedAt <= QDateTime::currentDateTime());
+
+        ui::ScopedQueuedFileDialog save;
+        f.gridView()->exportPdf(); // cancelled
+        QCOMPARE(save.askedNames.size(), 1);
+        QVERIFY2(save.askedNames[0].startsWith(session.docs.path()), qPrintable(save.askedNames[0]));
+        QVERIFY(save.askedNames[0].endsWith(QStringLiteral("FisaContAnalitic.pdf")));
+    }
+};
+
+QTEST_MAIN(TestPaper)
+#include "tst_paper.moc"
