@@ -6,12 +6,15 @@
 #include "grid/u_gridmodel.h"
 
 #include <QFontMetricsF>
+#include <QGlyphRun>
+#include <QRawFont>
 #include <QPagedPaintDevice>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QSaveFile>
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace paper {
@@ -43,12 +46,110 @@ struct PaperColumn {
     bool wraps = false;   // text: up to two lines
 };
 
+// A font on the device. The books' texts are set glyph by glyph, each
+// character's glyph and advance found once: no shaping, which plain Latin
+// text with the Romanian letters does not need and which would cost most of
+// the time of a long print. A text with a character the font lacks (or one
+// beyond the table) goes through the full text machinery, which finds a
+// font that has it.
+class Face {
+public:
+    Face(const QFont &f, QPaintDevice *device)
+        : font(f), fm(f, device), ascent(fm.ascent()), m_raw(QRawFont::fromFont(f)), m_table(kTableSize)
+    {
+        m_raw.setPixelSize(f.pointSizeF() * device->logicalDpiY() / 72.0);
+    }
+
+    double width(const QString &text) const
+    {
+        double w = 0;
+        for (QChar c : text) {
+            const Glyph *g = glyph(c.unicode());
+            if (!g)
+                return fm.horizontalAdvance(text);
+            w += g->advance;
+        }
+        return w;
+    }
+
+    // Sets a text on the page; its glyphs wait for flush() with the rest of
+    // the page's in this face, as one run: every run costs the page a font
+    // selection and a text object of its own.
+    void draw(QPainter &p, const QPointF &baseline, const QString &text) const
+    {
+        const qsizetype mark = m_indexes.size();
+        double x = baseline.x();
+        for (QChar c : text) {
+            const Glyph *g = glyph(c.unicode());
+            if (!g) {
+                m_indexes.resize(mark);
+                m_positions.resize(mark);
+                p.setFont(font);
+                p.drawText(baseline, text);
+                return;
+            }
+            m_indexes.append(g->index);
+            m_positions.append(QPointF(x, baseline.y()));
+            x += g->advance;
+        }
+    }
+
+    void flush(QPainter &p) const
+    {
+        if (m_indexes.isEmpty())
+            return;
+        QGlyphRun run;
+        run.setRawFont(m_raw);
+        run.setGlyphIndexes(m_indexes);
+        run.setPositions(m_positions);
+        p.drawGlyphRun(QPointF(0, 0), run);
+        m_indexes.clear();
+        m_positions.clear();
+    }
+
+    const QFont font;
+    const QFontMetricsF fm;
+    const double ascent;
+
+private:
+    static constexpr char16_t kTableSize = 0x0800; // Latin, Greek, Cyrillic
+    struct Glyph {
+        quint32 index = 0;
+        double advance = 0;
+        bool known = false;
+    };
+
+    const Glyph *glyph(char16_t c) const
+    {
+        if (c >= kTableSize || !m_raw.isValid())
+            return nullptr;
+        Glyph &g = m_table[c];
+        if (!g.known) {
+            const QChar ch(c);
+            int n = 1;
+            QPointF advance;
+            if (m_raw.glyphIndexesForChars(&ch, 1, &g.index, &n) && n == 1 && g.index != 0
+                && m_raw.advancesForGlyphIndexes(&g.index, &advance, 1))
+                g.advance = advance.x();
+            else
+                g.index = 0;
+            g.known = true;
+        }
+        return g.index ? &g : nullptr;
+    }
+
+    QRawFont m_raw;
+    mutable std::vector<Glyph> m_table; // by character
+    mutable QList<quint32> m_indexes;   // the page's glyphs not flushed yet
+    mutable QList<QPointF> m_positions;
+};
+
 // The longest head of a text that fits a width, broken after a blank where
 // there is one; the rest on a second line, ending with an ellipsis when it
 // is longer still.
 QStringList fitText(const QString &text, const QFontMetricsF &fm, double width, bool twoLines)
 {
-    if (!twoLines || fm.horizontalAdvance(text) <= width)
+    if (!twoLines)
         return {fm.elidedText(text, Qt::ElideRight, width)};
     qsizetype lo = 1, hi = text.size();
     while (lo < hi) {
@@ -146,21 +247,27 @@ private:
 
     void setFonts()
     {
-        m_body = m_options.font;
-        m_body.setPointSizeF(m_pointSize);
-        m_bold = m_body;
-        m_bold.setBold(true);
-        m_title = m_options.font;
-        m_title.setPointSizeF(m_options.basePointSize + 3);
-        m_title.setBold(true);
-        m_meta = m_options.font;
-        m_meta.setPointSizeF(kMetaPointSize);
-        m_lineHeight = QFontMetricsF(m_body, &m_device).height();
+        QFont body = m_options.font;
+        body.setPointSizeF(m_pointSize);
+        QFont bold = body;
+        bold.setBold(true);
+        QFont italic = body;
+        italic.setItalic(true);
+        QFont title = m_options.font;
+        title.setPointSizeF(m_options.basePointSize + 3);
+        title.setBold(true);
+        QFont meta = m_options.font;
+        meta.setPointSizeF(kMetaPointSize);
+        m_body.emplace(body, &m_device);
+        m_bold.emplace(bold, &m_device);
+        m_italic.emplace(italic, &m_device);
+        m_title.emplace(title, &m_device);
+        m_meta.emplace(meta, &m_device);
+        m_lineHeight = m_body->fm.height();
         m_pad = pt(1.5);
-        const double metaLine = QFontMetricsF(m_meta, &m_device).height();
-        m_top = QFontMetricsF(m_title, &m_device).height() + metaLine + pt(6);
-        m_headerRow = QFontMetricsF(m_bold, &m_device).height() + 2 * m_pad;
-        m_bottom = metaLine + pt(4);
+        m_top = m_title->fm.height() + m_meta->fm.height() + pt(6);
+        m_headerRow = m_bold->fm.height() + 2 * m_pad;
+        m_bottom = m_meta->fm.height() + pt(4);
     }
 
     QString cellText(qsizetype row, const PaperColumn &c) const
@@ -189,7 +296,7 @@ private:
         return lines;
     }
 
-    int rowLines(qsizetype row, const QFontMetricsF &fm) const
+    int rowLines(qsizetype row) const
     {
         switch (m_model.rowKind(row)) {
         case grid::RowKind::Group: return 1;
@@ -197,7 +304,7 @@ private:
         case grid::RowKind::Data: break;
         }
         for (const PaperColumn &c : m_columns)
-            if (c.wraps && fm.horizontalAdvance(cellText(row, c)) > c.width - 2 * m_pad)
+            if (c.wraps && m_body->width(cellText(row, c)) > c.width - 2 * m_pad)
                 return 2;
         return 1;
     }
@@ -208,13 +315,12 @@ private:
     // a column keeps its width in all of them.
     void paginate()
     {
-        const QFontMetricsF fm(m_body, &m_device);
         const double room = m_pageHeight - m_top - m_headerRow - m_bottom;
         m_lines.resize(size_t(m_rows));
         m_starts.push_back(0);
         double used = 0;
         for (qsizetype r = 0; r < m_rows; ++r) {
-            const int lines = rowLines(r, fm);
+            const int lines = rowLines(r);
             m_lines[size_t(r)] = quint8(lines);
             const double h = rowHeight(lines);
             if (used > 0 && used + h > room) {
@@ -233,31 +339,44 @@ private:
 
     void paintHeader(QPainter &p, int page, int pages)
     {
-        const QFontMetricsF title(m_title, &m_device);
         p.setPen(Qt::black);
-        p.setFont(m_title);
-        p.drawText(QRectF(0, 0, m_pageWidth, title.height()), Qt::AlignLeft | Qt::AlignVCenter,
-                   title.elidedText(m_header.title, Qt::ElideRight, m_pageWidth));
-        p.setFont(m_meta);
-        const QRectF meta(0, title.height(), m_pageWidth, QFontMetricsF(m_meta, &m_device).height());
+        p.setFont(m_title->font);
+        const double titleHeight = m_title->fm.height();
+        p.drawText(QRectF(0, 0, m_pageWidth, titleHeight), Qt::AlignLeft | Qt::AlignVCenter,
+                   m_title->fm.elidedText(m_header.title, Qt::ElideRight, m_pageWidth));
+        p.setFont(m_meta->font);
+        const QRectF meta(0, titleHeight, m_pageWidth, m_meta->fm.height());
         p.drawText(meta, Qt::AlignLeft | Qt::AlignVCenter, m_header.period);
         p.drawText(meta, Qt::AlignRight | Qt::AlignVCenter, issuerText(m_header));
         p.drawText(QRectF(0, m_pageHeight - m_bottom, m_pageWidth, m_bottom), Qt::AlignHCenter | Qt::AlignBottom,
                    pageNumberText(page, pages));
     }
 
-    void paintCell(QPainter &p, const QRectF &cell, const PaperColumn &c, const QString &text, bool twoLines)
+    // One line of a cell at its top, right-aligned for numbers; cut with an
+    // ellipsis where it does not fit.
+    void paintLine(QPainter &p, const Face &face, double left, double top, double width, bool right, QString text)
     {
-        const QFontMetricsF fm(p.font(), &m_device);
-        const QRectF inner = cell.adjusted(m_pad, m_pad, -m_pad, -m_pad);
-        const Qt::Alignment align = (c.right ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignTop;
+        double w = face.width(text);
+        if (w > width) {
+            text = face.fm.elidedText(text, Qt::ElideRight, width);
+            w = face.width(text);
+        }
+        face.draw(p, QPointF(right ? left + width - w : left, top + face.ascent), text);
+    }
+
+    void paintCell(QPainter &p, const Face &face, const QRectF &cell, bool right, const QString &text, bool twoLines)
+    {
+        if (text.isEmpty())
+            return;
+        const double left = cell.left() + m_pad, width = cell.width() - 2 * m_pad;
+        double top = cell.top() + m_pad;
+        if (!twoLines && !text.contains(QLatin1Char('\n')))
+            return paintLine(p, face, left, top, width, right, text);
         const QStringList lines = text.contains(QLatin1Char('\n')) ? text.split(QLatin1Char('\n'))
-                                                                   : fitText(text, fm, inner.width(), twoLines);
-        double y = inner.top();
+                                                                   : fitText(text, face.fm, width, true);
         for (const QString &line : lines) {
-            p.drawText(QRectF(inner.left(), y, inner.width(), m_lineHeight), align,
-                       fm.elidedText(line, Qt::ElideRight, inner.width()));
-            y += m_lineHeight;
+            paintLine(p, face, left, top, width, right, line);
+            top += m_lineHeight;
         }
     }
 
@@ -279,12 +398,11 @@ private:
 
         // the column headers
         p.fillRect(QRectF(0, y, width, m_headerRow), QColor(225, 225, 225));
-        p.setFont(m_bold);
         p.setPen(Qt::black);
         double x = 0;
         for (size_t i : cols) {
             const PaperColumn &c = m_columns[i];
-            paintCell(p, QRectF(x, y, c.width, m_headerRow), c, m_model.column(c.col).headerText(), false);
+            paintCell(p, *m_bold, QRectF(x, y, c.width, m_headerRow), c.right, m_model.column(c.col).headerText(), false);
             x += c.width;
         }
         const double tableTop = y;
@@ -292,11 +410,12 @@ private:
 
         const qsizetype from = m_starts[chunk];
         const qsizetype to = chunk + 1 < m_starts.size() ? m_starts[chunk + 1] : m_rows;
+        std::vector<QLineF> rules; // under each row, drawn at once
+        rules.reserve(size_t(to - from));
         for (qsizetype r = from; r < to; ++r) {
             const double h = rowHeight(m_lines[size_t(r)]);
             paintRow(p, r, cols, width, y, h);
-            p.setPen(line);
-            p.drawLine(QPointF(0, y + h), QPointF(width, y + h));
+            rules.emplace_back(0, y + h, width, y + h);
             y += h;
             db::busy::beat(m_rows * qsizetype(1 + band) + r + 1);
         }
@@ -304,17 +423,18 @@ private:
             const double h = rowHeight(m_footerLines);
             p.setPen(QPen(Qt::black, pt(0.8)));
             p.drawLine(QPointF(0, y), QPointF(width, y));
-            p.setFont(m_bold);
+            p.setPen(Qt::black);
             x = 0;
             for (size_t i : cols) {
                 const PaperColumn &c = m_columns[i];
-                paintCell(p, QRectF(x, y, c.width, h), c, summaryText(-1, c), false);
+                paintCell(p, *m_bold, QRectF(x, y, c.width, h), c.right, summaryText(-1, c), false);
                 x += c.width;
             }
             y += h;
         }
-        // the grid's lines around the columns
+        // the grid's lines under the rows and around the columns
         p.setPen(line);
+        p.drawLines(rules.data(), int(rules.size()));
         x = 0;
         p.drawLine(QPointF(0, tableTop), QPointF(0, y));
         for (size_t i : cols) {
@@ -323,6 +443,9 @@ private:
         }
         p.drawLine(QPointF(0, tableTop), QPointF(width, tableTop));
         p.drawLine(QPointF(0, y), QPointF(width, y));
+        p.setPen(Qt::black);
+        for (const Face *face : {&*m_body, &*m_bold, &*m_italic})
+            face->flush(p);
     }
 
     void paintRow(QPainter &p, qsizetype r, const std::vector<size_t> &cols, double width, double y, double h)
@@ -331,33 +454,26 @@ private:
         switch (m_model.rowKind(r)) {
         case grid::RowKind::Group: {
             p.fillRect(QRectF(0, y, width, h), QColor(235, 235, 235));
-            p.setFont(m_bold);
             const double indent = pt(8) * m_model.rowLevel(r);
-            PaperColumn whole;
-            whole.width = width - indent;
-            paintCell(p, QRectF(indent, y, width - indent, h), whole, m_model.groupRowText(r), false);
+            paintCell(p, *m_bold, QRectF(indent, y, width - indent, h), false, m_model.groupRowText(r), false);
             return;
         }
         case grid::RowKind::GroupFooter: {
             p.fillRect(QRectF(0, y, width, h), QColor(246, 246, 246));
-            QFont f = m_body;
-            f.setItalic(true);
-            p.setFont(f);
             double x = 0;
             for (size_t i : cols) {
                 const PaperColumn &c = m_columns[i];
-                paintCell(p, QRectF(x, y, c.width, h), c, summaryText(r, c), false);
+                paintCell(p, *m_italic, QRectF(x, y, c.width, h), c.right, summaryText(r, c), false);
                 x += c.width;
             }
             return;
         }
         case grid::RowKind::Data: break;
         }
-        p.setFont(m_body);
         double x = 0;
         for (size_t i : cols) {
             const PaperColumn &c = m_columns[i];
-            paintCell(p, QRectF(x, y, c.width, h), c, cellText(r, c), c.wraps && m_lines[size_t(r)] > 1);
+            paintCell(p, *m_body, QRectF(x, y, c.width, h), c.right, cellText(r, c), c.wraps && m_lines[size_t(r)] > 1);
             x += c.width;
         }
     }
@@ -373,7 +489,7 @@ private:
     std::vector<PaperColumn> m_columns;
     std::vector<std::vector<size_t>> m_bands; // indexes into m_columns, page by page across
     double m_pointSize = 9;
-    QFont m_body, m_bold, m_title, m_meta;
+    std::optional<Face> m_body, m_bold, m_italic, m_title, m_meta;
     double m_lineHeight = 0, m_pad = 0, m_top = 0, m_headerRow = 0, m_bottom = 0;
 
     qsizetype m_rows = 0;
