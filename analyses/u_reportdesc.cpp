@@ -232,13 +232,193 @@ namespace {
 struct Faults {
     const ReportDesc &d;
     QStringList list;
+    QSet<QString> names; // object names claimed so far: one widget per name
     void add(const QString &what) { list << QStringLiteral("%1: %2").arg(d.formName.isEmpty() ? QStringLiteral("?") : d.formName, what); }
+    void claim(const QString &name, const QString &what)
+    {
+        if (name.isEmpty())
+            add(QStringLiteral("%1 has no object name").arg(what));
+        else if (names.contains(name))
+            add(QStringLiteral("object name \"%1\" (%2) is used twice").arg(name, what));
+        names.insert(name);
+    }
+    void dateEditor(const QString &name, const QString &where)
+    {
+        const EditorDesc *e = d.editorNamed(name);
+        if (!e)
+            add(QStringLiteral("%1 names the editor \"%2\", which the form does not have").arg(where, name));
+        else if (e->kind != EditorKind::Date)
+            add(QStringLiteral("%1 needs a date editor; \"%2\" is not one").arg(where, name));
+    }
 };
 
 bool changesState(StepKind k)
 {
     return k == StepKind::CloseQuery || k == StepKind::SetParams || k == StepKind::PostPeriodRow
            || k == StepKind::OpenQuery || k == StepKind::OpenOrRefresh || k == StepKind::Custom;
+}
+
+void checkHeader(Faults &f)
+{
+    const ReportDesc &d = f.d;
+    if (d.formName.isEmpty())
+        f.add(QStringLiteral("the form has no name"));
+    if (d.title.isEmpty())
+        f.add(QStringLiteral("the form has no title"));
+    if (!d.queryName.startsWith(QLatin1String("ds")) || d.queryName.size() < 3)
+        f.add(QStringLiteral("query name \"%1\" does not start with \"ds\"").arg(d.queryName));
+    if (d.sql.trimmed().isEmpty())
+        f.add(QStringLiteral("the query has no SQL text"));
+}
+
+void checkObjectNames(Faults &f)
+{
+    const ReportDesc &d = f.d;
+    f.names = {d.titleObjectName, d.runButtonName};
+    for (const EditorDesc &e : d.editors)
+        f.claim(e.objectName, QStringLiteral("an editor"));
+    for (const HiddenLabel &l : d.hiddenLabels)
+        f.claim(l.objectName, QStringLiteral("the label \"%1\"").arg(l.text));
+    if (!d.styleKey.isEmpty())
+        f.claim(d.styleButtonName, QStringLiteral("the style button"));
+}
+
+// Every :name of the SQL bound, every binding a :name of the SQL.
+void checkParams(Faults &f, const QStringList &sqlParams)
+{
+    const ReportDesc &d = f.d;
+    for (const ParamBinding &b : d.params) {
+        if (!sqlParams.contains(b.param))
+            f.add(QStringLiteral("the parameter \"%1\" is not in the query's SQL").arg(b.param));
+        if (!d.editorNamed(b.editor))
+            f.add(QStringLiteral("the parameter \"%1\" reads the editor \"%2\", which the form does not have")
+                      .arg(b.param, b.editor));
+    }
+    for (const QString &p : sqlParams) {
+        bool bound = false;
+        for (const ParamBinding &b : d.params)
+            bound = bound || b.param == p;
+        if (!bound)
+            f.add(QStringLiteral("the query's parameter \"%1\" is bound to no editor").arg(p));
+    }
+}
+
+// Where the query stands after the steps so far.
+struct StepState {
+    bool opened = false;
+    bool paramsSet = false;
+    bool stateChanged = false;
+};
+
+void checkStep(Faults &f, const RunStep &s, const QString &where, const QStringList &sqlParams, StepState &st)
+{
+    const ReportDesc &d = f.d;
+    if (s.isCheck()) {
+        if (st.stateChanged)
+            f.add(QStringLiteral("%1 comes after a step that changes something").arg(where));
+        if (s.message.isEmpty())
+            f.add(QStringLiteral("%1 has no message").arg(where));
+    }
+    if (st.opened && s.kind != StepKind::Custom)
+        f.add(QStringLiteral("%1 comes after the query was opened").arg(where));
+    switch (s.kind) {
+    case StepKind::CheckFilled:
+        if (s.editors.isEmpty())
+            f.add(QStringLiteral("%1 names no editor").arg(where));
+        for (const QString &e : s.editors)
+            if (!d.editorNamed(e))
+                f.add(QStringLiteral("%1 names the editor \"%2\", which the form does not have").arg(where, e));
+        break;
+    case StepKind::CheckSameMonth:
+    case StepKind::PostPeriodRow:
+        if (s.editors.size() != 2)
+            f.add(QStringLiteral("%1 needs two date editors").arg(where));
+        for (const QString &e : s.editors)
+            f.dateEditor(e, where);
+        if (s.kind == StepKind::PostPeriodRow && s.source == PeriodSource::Own && d.ownDataListSql.isEmpty())
+            f.add(QStringLiteral("%1 writes the form's own period row, which the form does not have").arg(where));
+        break;
+    case StepKind::SetParams:
+        if (d.params.isEmpty())
+            f.add(QStringLiteral("%1 has no parameters to set").arg(where));
+        st.paramsSet = true;
+        break;
+    case StepKind::OpenQuery:
+    case StepKind::OpenOrRefresh:
+        if (!sqlParams.isEmpty() && !st.paramsSet)
+            f.add(QStringLiteral("%1 opens the query before its parameters are set").arg(where));
+        st.opened = true;
+        break;
+    case StepKind::Custom:
+        if (!d.customSteps.contains(s.name))
+            f.add(QStringLiteral("%1 names \"%2\", a step the form does not declare").arg(where, s.name));
+        break;
+    case StepKind::BusyCursor:
+    case StepKind::CloseQuery:
+        break;
+    }
+    st.stateChanged = st.stateChanged || changesState(s.kind);
+}
+
+void checkSteps(Faults &f, const QStringList &sqlParams)
+{
+    const ReportDesc &d = f.d;
+    StepState st;
+    for (int i = 0; i < d.steps.size(); ++i) {
+        const RunStep &s = d.steps.at(i);
+        checkStep(f, s, QStringLiteral("step %1 (%2)").arg(i + 1).arg(stepName(s.kind)), sqlParams, st);
+    }
+    if (!st.opened)
+        f.add(QStringLiteral("no step opens the query"));
+    if (!d.params.isEmpty() && !st.paramsSet)
+        f.add(QStringLiteral("the parameters are never set"));
+}
+
+// The editors' own behaviour.
+void checkEditors(Faults &f)
+{
+    for (const EditorDesc &e : f.d.editors)
+        if (e.kind != EditorKind::Date && (e.snap != DateSnap::None || e.onShow != DateOnShow::Keep))
+            f.add(QStringLiteral("the editor \"%1\" is not a date editor and cannot snap or take dates").arg(e.objectName));
+}
+
+void checkGrid(Faults &f)
+{
+    const ReportDesc &d = f.d;
+    QSet<QString> fields;
+    for (const ColumnDesc &c : d.columns) {
+        if (c.field.isEmpty())
+            f.add(QStringLiteral("a column has no field"));
+        else if (fields.contains(c.field.toLower()))
+            f.add(QStringLiteral("the column \"%1\" is declared twice").arg(c.field));
+        fields.insert(c.field.toLower());
+        if (c.width < 0)
+            f.add(QStringLiteral("the column \"%1\" has a negative width").arg(c.field));
+    }
+    if (d.columns.isEmpty())
+        f.add(QStringLiteral("the grid has no column"));
+    if (!d.grid.footer && !d.footerSummaries.isEmpty())
+        f.add(QStringLiteral("footer sums are declared but the footer is hidden"));
+    if (!d.grid.groupFooters && !d.groupSummaries.isEmpty())
+        f.add(QStringLiteral("group sums are declared but the group footers are hidden"));
+}
+
+void checkExports(Faults &f)
+{
+    const ReportDesc &d = f.d;
+    for (const ExportDesc &e : d.exports) {
+        const QString what = QStringLiteral("the export \"%1\"").arg(e.caption);
+        f.claim(e.objectName, what);
+        if (!e.fileName.startsWith(QLatin1Char('\\')))
+            f.add(QStringLiteral("%1 proposes \"%2\", which does not start with a backslash").arg(what, e.fileName));
+        const QString ext = e.kind == ExportKind::GridXlsx ? QStringLiteral(".xlsx") : QStringLiteral(".csv");
+        if (!e.fileName.endsWith(ext, Qt::CaseInsensitive))
+            f.add(QStringLiteral("%1 proposes \"%2\", which does not end in %3").arg(what, e.fileName, ext));
+        const bool writesStatus = e.kind == ExportKind::GridCsv || e.kind == ExportKind::AllDataCsv
+                                  || e.kind == ExportKind::GridCsvStatus;
+        if (writesStatus && !d.statusBar)
+            f.add(QStringLiteral("%1 writes the status bar, which the form does not have").arg(what));
+    }
 }
 
 } // namespace
@@ -268,157 +448,22 @@ QString pdfFileName(const ReportDesc &d)
 
 QStringList validate(const ReportDesc &d)
 {
-    Faults f{d, {}};
-    if (d.formName.isEmpty())
-        f.add(QStringLiteral("the form has no name"));
-    if (d.title.isEmpty())
-        f.add(QStringLiteral("the form has no title"));
-    if (!d.queryName.startsWith(QLatin1String("ds")) || d.queryName.size() < 3)
-        f.add(QStringLiteral("query name \"%1\" does not start with \"ds\"").arg(d.queryName));
-    if (d.sql.trimmed().isEmpty())
-        f.add(QStringLiteral("the query has no SQL text"));
-
-    // Object names: one widget per name.
-    QSet<QString> names{d.titleObjectName, d.runButtonName};
-    auto claim = [&](const QString &name, const QString &what) {
-        if (name.isEmpty())
-            f.add(QStringLiteral("%1 has no object name").arg(what));
-        else if (names.contains(name))
-            f.add(QStringLiteral("object name \"%1\" (%2) is used twice").arg(name, what));
-        names.insert(name);
-    };
-    for (const EditorDesc &e : d.editors)
-        claim(e.objectName, QStringLiteral("an editor"));
-    for (const HiddenLabel &l : d.hiddenLabels)
-        claim(l.objectName, QStringLiteral("the label \"%1\"").arg(l.text));
-    if (!d.styleKey.isEmpty())
-        claim(d.styleButtonName, QStringLiteral("the style button"));
-
-    auto dateEditor = [&](const QString &name, const QString &where) {
-        const EditorDesc *e = d.editorNamed(name);
-        if (!e)
-            f.add(QStringLiteral("%1 names the editor \"%2\", which the form does not have").arg(where, name));
-        else if (e->kind != EditorKind::Date)
-            f.add(QStringLiteral("%1 needs a date editor; \"%2\" is not one").arg(where, name));
-    };
-
-    // Parameters: every :name of the SQL bound, every binding a :name of the SQL.
+    Faults f{d, {}, {}};
+    checkHeader(f);
+    checkObjectNames(f);
     QStringList sqlParams;
     db::Query::translateParams(d.sql, &sqlParams);
-    for (const ParamBinding &b : d.params) {
-        if (!sqlParams.contains(b.param))
-            f.add(QStringLiteral("the parameter \"%1\" is not in the query's SQL").arg(b.param));
-        if (!d.editorNamed(b.editor))
-            f.add(QStringLiteral("the parameter \"%1\" reads the editor \"%2\", which the form does not have")
-                      .arg(b.param, b.editor));
-    }
-    for (const QString &p : std::as_const(sqlParams)) {
-        bool bound = false;
-        for (const ParamBinding &b : d.params)
-            bound = bound || b.param == p;
-        if (!bound)
-            f.add(QStringLiteral("the query's parameter \"%1\" is bound to no editor").arg(p));
-    }
-
-    // Steps.
-    bool opened = false, paramsSet = false, stateChanged = false;
-    for (int i = 0; i < d.steps.size(); ++i) {
-        const RunStep &s = d.steps.at(i);
-        const QString where = QStringLiteral("step %1 (%2)").arg(i + 1).arg(stepName(s.kind));
-        if (s.isCheck()) {
-            if (stateChanged)
-                f.add(QStringLiteral("%1 comes after a step that changes something").arg(where));
-            if (s.message.isEmpty())
-                f.add(QStringLiteral("%1 has no message").arg(where));
-        }
-        if (opened && s.kind != StepKind::Custom)
-            f.add(QStringLiteral("%1 comes after the query was opened").arg(where));
-        switch (s.kind) {
-        case StepKind::CheckFilled:
-            if (s.editors.isEmpty())
-                f.add(QStringLiteral("%1 names no editor").arg(where));
-            for (const QString &e : s.editors)
-                if (!d.editorNamed(e))
-                    f.add(QStringLiteral("%1 names the editor \"%2\", which the form does not have").arg(where, e));
-            break;
-        case StepKind::CheckSameMonth:
-        case StepKind::PostPeriodRow:
-            if (s.editors.size() != 2)
-                f.add(QStringLiteral("%1 needs two date editors").arg(where));
-            for (const QString &e : s.editors)
-                dateEditor(e, where);
-            if (s.kind == StepKind::PostPeriodRow && s.source == PeriodSource::Own && d.ownDataListSql.isEmpty())
-                f.add(QStringLiteral("%1 writes the form's own period row, which the form does not have").arg(where));
-            break;
-        case StepKind::SetParams:
-            if (d.params.isEmpty())
-                f.add(QStringLiteral("%1 has no parameters to set").arg(where));
-            paramsSet = true;
-            break;
-        case StepKind::OpenQuery:
-        case StepKind::OpenOrRefresh:
-            if (!sqlParams.isEmpty() && !paramsSet)
-                f.add(QStringLiteral("%1 opens the query before its parameters are set").arg(where));
-            opened = true;
-            break;
-        case StepKind::Custom:
-            if (!d.customSteps.contains(s.name))
-                f.add(QStringLiteral("%1 names \"%2\", a step the form does not declare").arg(where, s.name));
-            break;
-        case StepKind::BusyCursor:
-        case StepKind::CloseQuery:
-            break;
-        }
-        stateChanged = stateChanged || changesState(s.kind);
-    }
-    if (!opened)
-        f.add(QStringLiteral("no step opens the query"));
-    if (!d.params.isEmpty() && !paramsSet)
-        f.add(QStringLiteral("the parameters are never set"));
-
-    // Editors' own behaviour.
-    for (const EditorDesc &e : d.editors)
-        if (e.kind != EditorKind::Date && (e.snap != DateSnap::None || e.onShow != DateOnShow::Keep))
-            f.add(QStringLiteral("the editor \"%1\" is not a date editor and cannot snap or take dates").arg(e.objectName));
-
-    // Grid.
-    QSet<QString> fields;
-    for (const ColumnDesc &c : d.columns) {
-        if (c.field.isEmpty())
-            f.add(QStringLiteral("a column has no field"));
-        else if (fields.contains(c.field.toLower()))
-            f.add(QStringLiteral("the column \"%1\" is declared twice").arg(c.field));
-        fields.insert(c.field.toLower());
-        if (c.width < 0)
-            f.add(QStringLiteral("the column \"%1\" has a negative width").arg(c.field));
-    }
-    if (d.columns.isEmpty())
-        f.add(QStringLiteral("the grid has no column"));
-    if (!d.grid.footer && !d.footerSummaries.isEmpty())
-        f.add(QStringLiteral("footer sums are declared but the footer is hidden"));
-    if (!d.grid.groupFooters && !d.groupSummaries.isEmpty())
-        f.add(QStringLiteral("group sums are declared but the group footers are hidden"));
-
-    // Exports.
-    for (const ExportDesc &e : d.exports) {
-        const QString what = QStringLiteral("the export \"%1\"").arg(e.caption);
-        claim(e.objectName, what);
-        if (!e.fileName.startsWith(QLatin1Char('\\')))
-            f.add(QStringLiteral("%1 proposes \"%2\", which does not start with a backslash").arg(what, e.fileName));
-        const QString ext = e.kind == ExportKind::GridXlsx ? QStringLiteral(".xlsx") : QStringLiteral(".csv");
-        if (!e.fileName.endsWith(ext, Qt::CaseInsensitive))
-            f.add(QStringLiteral("%1 proposes \"%2\", which does not end in %3").arg(what, e.fileName, ext));
-        const bool writesStatus = e.kind == ExportKind::GridCsv || e.kind == ExportKind::AllDataCsv
-                                  || e.kind == ExportKind::GridCsvStatus;
-        if (writesStatus && !d.statusBar)
-            f.add(QStringLiteral("%1 writes the status bar, which the form does not have").arg(what));
-    }
+    checkParams(f, sqlParams);
+    checkSteps(f, sqlParams);
+    checkEditors(f);
+    checkGrid(f);
+    checkExports(f);
     return f.list;
 }
 
 QStringList validateFields(const ReportDesc &d, const QStringList &resultFields)
 {
-    Faults f{d, {}};
+    Faults f{d, {}, {}};
     QSet<QString> result;
     for (const QString &r : resultFields)
         result.insert(r.toLower());

@@ -87,6 +87,25 @@ TfrmLogin::TfrmLogin(QWidget *parent) : QDialog(parent)
     pal.setColor(QPalette::WindowText, pal.color(QPalette::Highlight));
     lblTitle->setPalette(pal);
 
+    createEditors();
+
+    DBNavigator1 = new ui::DBNavigator(this);
+    DBNavigator1->setObjectName(QStringLiteral("DBNavigator1"));
+    DBNavigator1->setDataSet(FDMemTableConectare);
+
+    btnConnect = new QPushButton(QStringLiteral("Conectare"), this);
+    btnConnect->setObjectName(QStringLiteral("btnConnect"));
+    btnConnect->setDefault(true);
+    btnConnect->setAccessibleName(QStringLiteral("Conectare"));
+    connect(btnConnect, &QPushButton::clicked, this, [this] { btnConnectClick(); });
+
+    layOut();
+    setKeyboardOrder();
+}
+
+// The profile's editors, the password box and their labels.
+void TfrmLogin::createEditors()
+{
     auto makeEdit = [this](const char *name, const QString &field) {
         auto *e = new ui::DBEdit(this);
         e->setObjectName(QString::fromLatin1(name));
@@ -125,17 +144,10 @@ TfrmLogin::TfrmLogin(QWidget *parent) : QDialog(parent)
     // TCP port can be typed into it.
     edtPort->setFixedWidth(64);
     edtPort->setIntRange(1, 65535);
+}
 
-    DBNavigator1 = new ui::DBNavigator(this);
-    DBNavigator1->setObjectName(QStringLiteral("DBNavigator1"));
-    DBNavigator1->setDataSet(FDMemTableConectare);
-
-    btnConnect = new QPushButton(QStringLiteral("Conectare"), this);
-    btnConnect->setObjectName(QStringLiteral("btnConnect"));
-    btnConnect->setDefault(true);
-    btnConnect->setAccessibleName(QStringLiteral("Conectare"));
-    connect(btnConnect, &QPushButton::clicked, this, [this] { btnConnectClick(); });
-
+void TfrmLogin::layOut()
+{
     auto *grid = new QGridLayout;
     grid->setHorizontalSpacing(8);
     grid->setVerticalSpacing(5);
@@ -159,7 +171,10 @@ TfrmLogin::TfrmLogin(QWidget *parent) : QDialog(parent)
     lay->addWidget(DBNavigator1);
     lay->addStretch(1);
     lay->addWidget(btnConnect);
+}
 
+void TfrmLogin::setKeyboardOrder()
+{
     // Keyboard order: the profile, the password, "Conectare", then the navigator.
     setTabOrder(edtIp, edtPort);
     setTabOrder(edtPort, edtDataBase);

@@ -45,6 +45,9 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    void createEditors();
+    void layOut();
+    void setKeyboardOrder();
     void loadProfiles();
     void postPendingEdit();
     QVariant profileValue(const QString &field) const;

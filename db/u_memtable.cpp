@@ -123,6 +123,142 @@ bool parseCell(FieldType t, const QString &text, bool b64, QVariant *out)
     return false;
 }
 
+// Reads a table file: its field list, then its rows. The first problem met is
+// the one reported, with the place where the reader stopped.
+class TableReader {
+public:
+    explicit TableReader(QIODevice &device) : x(&device) {}
+
+    std::vector<FieldDef> defs;
+    std::vector<QVariantList> rows;
+
+    void read()
+    {
+        if (!x.readNextStartElement() || x.name() != kRoot) {
+            bad(QStringLiteral("lipseste elementul %1").arg(kRoot));
+        } else if (const QStringView version = x.attributes().value(QStringLiteral("version")); version != u"1") {
+            bad(version.isEmpty() ? QStringLiteral("lipseste versiunea fisierului")
+                                  : QStringLiteral("versiunea %1 a fisierului nu este cunoscuta").arg(version.left(20)));
+        } else {
+            readBody();
+        }
+    }
+
+    void throwIfBad(const QString &path) const
+    {
+        if (!x.hasError())
+            return;
+        const QString why = problem.isEmpty() ? x.errorString() : problem;
+        throw QuarvError(QStringLiteral("Fisierul %1 nu este un tabel XML valid (linia %2, coloana %3): %4")
+                             .arg(path)
+                             .arg(x.lineNumber())
+                             .arg(x.columnNumber())
+                             .arg(why));
+    }
+
+private:
+    QXmlStreamReader x;
+    QString problem;
+    bool sawFields = false;
+    bool sawRows = false;
+
+    void bad(const QString &why)
+    {
+        if (problem.isEmpty())
+            problem = why;
+        x.raiseError(why);
+    }
+
+    void readBody()
+    {
+        while (!x.hasError() && x.readNextStartElement()) {
+            if (x.name() == u"fields")
+                readFields();
+            else if (x.name() == u"rows")
+                readRows();
+            else
+                x.skipCurrentElement();
+        }
+        if (!x.hasError() && defs.empty())
+            bad(QStringLiteral("lipsesc definitiile campurilor"));
+        if (!x.hasError() && !sawRows)
+            bad(QStringLiteral("lipsesc randurile"));
+        // Whatever follows the root must be nothing but the end of the document.
+        while (!x.hasError() && !x.atEnd())
+            x.readNext();
+    }
+
+    void readFields()
+    {
+        if (sawFields)
+            return bad(QStringLiteral("lista de campuri apare de doua ori"));
+        sawFields = true;
+        while (x.readNextStartElement()) {
+            if (x.name() != u"field")
+                return bad(QStringLiteral("element neasteptat <%1>").arg(x.name()));
+            const QXmlStreamAttributes a = x.attributes();
+            FieldDef def;
+            def.name = a.value(QStringLiteral("name")).toString();
+            bool ok = false;
+            def.type = typeFromName(a.value(QStringLiteral("type")).toString(), &ok);
+            if (def.name.isEmpty() || !ok)
+                return bad(QStringLiteral("definitie de camp incorecta"));
+            def.size = a.value(QStringLiteral("size")).toInt();
+            def.required = a.value(QStringLiteral("required")) == u"1";
+            def.readOnly = a.value(QStringLiteral("readOnly")) == u"1";
+            defs.push_back(def);
+            x.skipCurrentElement();
+        }
+    }
+
+    void readRows()
+    {
+        if (!sawFields)
+            return bad(QStringLiteral("randurile apar inaintea listei de campuri"));
+        if (sawRows)
+            return bad(QStringLiteral("lista de randuri apare de doua ori"));
+        sawRows = true;
+        while (!x.hasError() && x.readNextStartElement()) {
+            if (x.name() != u"row")
+                return bad(QStringLiteral("element neasteptat <%1>").arg(x.name()));
+            QVariantList row;
+            if (!readRow(row))
+                return;
+            rows.push_back(std::move(row));
+        }
+    }
+
+    // False when the reader stopped on an error.
+    bool readRow(QVariantList &row)
+    {
+        while (!x.hasError() && x.readNextStartElement()) {
+            if (x.name() != u"v" || row.size() >= qsizetype(defs.size())) {
+                bad(QStringLiteral("randul %1 are prea multe valori").arg(rows.size() + 1));
+                return false;
+            }
+            const FieldDef &def = defs[size_t(row.size())];
+            const bool isNull = x.attributes().value(QStringLiteral("null")) == u"1";
+            const bool b64 = x.attributes().value(QStringLiteral("enc")) == u"b64";
+            const QString text = x.readElementText();
+            if (x.hasError())
+                return false;
+            QVariant v;
+            if (!isNull && !parseCell(def.type, text, b64, &v)) {
+                bad(QStringLiteral("valoare incorecta '%1' pentru campul %2").arg(text.left(40), def.name));
+                return false;
+            }
+            row.append(v);
+        }
+        if (x.hasError())
+            return false;
+        if (row.size() != qsizetype(defs.size())) {
+            bad(QStringLiteral("randul %1 are %2 valori in loc de %3").arg(rows.size() + 1).arg(row.size()).arg(defs.size()));
+            return false;
+        }
+        return true;
+    }
+};
+
 } // namespace
 
 MemTable::MemTable(QObject *parent) : DataSet(parent) {}
@@ -246,119 +382,15 @@ void MemTable::loadFromXml(const QByteArray &xml)
 
 void MemTable::load(QIODevice &device, const QString &path)
 {
-    QXmlStreamReader x(&device);
-    std::vector<FieldDef> defs;
-    std::vector<QVariantList> rows;
-    QString problem;
-    auto bad = [&](const QString &why) {
-        if (problem.isEmpty())
-            problem = why;
-        x.raiseError(why);
-    };
-    if (!x.readNextStartElement() || x.name() != kRoot) {
-        bad(QStringLiteral("lipseste elementul %1").arg(kRoot));
-    } else if (const QStringView version = x.attributes().value(QStringLiteral("version")); version != u"1") {
-        bad(version.isEmpty() ? QStringLiteral("lipseste versiunea fisierului")
-                              : QStringLiteral("versiunea %1 a fisierului nu este cunoscuta").arg(version.left(20)));
-    } else {
-        bool sawFields = false;
-        bool sawRows = false;
-        while (!x.hasError() && x.readNextStartElement()) {
-            if (x.name() == u"fields") {
-                if (sawFields) {
-                    bad(QStringLiteral("lista de campuri apare de doua ori"));
-                    break;
-                }
-                sawFields = true;
-                while (x.readNextStartElement()) {
-                    if (x.name() != u"field") {
-                        bad(QStringLiteral("element neasteptat <%1>").arg(x.name()));
-                        break;
-                    }
-                    const QXmlStreamAttributes a = x.attributes();
-                    FieldDef def;
-                    def.name = a.value(QStringLiteral("name")).toString();
-                    bool ok = false;
-                    def.type = typeFromName(a.value(QStringLiteral("type")).toString(), &ok);
-                    if (def.name.isEmpty() || !ok) {
-                        bad(QStringLiteral("definitie de camp incorecta"));
-                        break;
-                    }
-                    def.size = a.value(QStringLiteral("size")).toInt();
-                    def.required = a.value(QStringLiteral("required")) == u"1";
-                    def.readOnly = a.value(QStringLiteral("readOnly")) == u"1";
-                    defs.push_back(def);
-                    x.skipCurrentElement();
-                }
-            } else if (x.name() == u"rows") {
-                if (!sawFields) {
-                    bad(QStringLiteral("randurile apar inaintea listei de campuri"));
-                    break;
-                }
-                if (sawRows) {
-                    bad(QStringLiteral("lista de randuri apare de doua ori"));
-                    break;
-                }
-                sawRows = true;
-                while (!x.hasError() && x.readNextStartElement()) {
-                    if (x.name() != u"row") {
-                        bad(QStringLiteral("element neasteptat <%1>").arg(x.name()));
-                        break;
-                    }
-                    QVariantList row;
-                    while (!x.hasError() && x.readNextStartElement()) {
-                        if (x.name() != u"v" || row.size() >= qsizetype(defs.size())) {
-                            bad(QStringLiteral("randul %1 are prea multe valori").arg(rows.size() + 1));
-                            break;
-                        }
-                        const FieldDef &def = defs[size_t(row.size())];
-                        const bool isNull = x.attributes().value(QStringLiteral("null")) == u"1";
-                        const bool b64 = x.attributes().value(QStringLiteral("enc")) == u"b64";
-                        const QString text = x.readElementText();
-                        if (x.hasError())
-                            break;
-                        QVariant v;
-                        if (!isNull && !parseCell(def.type, text, b64, &v)) {
-                            bad(QStringLiteral("valoare incorecta '%1' pentru campul %2").arg(text.left(40), def.name));
-                            break;
-                        }
-                        row.append(v);
-                    }
-                    if (x.hasError())
-                        break;
-                    if (row.size() != qsizetype(defs.size())) {
-                        bad(QStringLiteral("randul %1 are %2 valori in loc de %3")
-                                .arg(rows.size() + 1).arg(row.size()).arg(defs.size()));
-                        break;
-                    }
-                    rows.push_back(std::move(row));
-                }
-            } else {
-                x.skipCurrentElement();
-            }
-        }
-        if (!x.hasError() && defs.empty())
-            bad(QStringLiteral("lipsesc definitiile campurilor"));
-        if (!x.hasError() && !sawRows)
-            bad(QStringLiteral("lipsesc randurile"));
-        // Whatever follows the root must be nothing but the end of the document.
-        while (!x.hasError() && !x.atEnd())
-            x.readNext();
-    }
-    if (x.hasError()) {
-        const QString why = problem.isEmpty() ? x.errorString() : problem;
-        throw QuarvError(QStringLiteral("Fisierul %1 nu este un tabel XML valid (linia %2, coloana %3): %4")
-                             .arg(path)
-                             .arg(x.lineNumber())
-                             .arg(x.columnNumber())
-                             .arg(why));
-    }
+    TableReader reader(device);
+    reader.read();
+    reader.throwIfBad(path);
 
-    setFields(defs);
-    for (const QVariantList &row : rows)
+    setFields(reader.defs);
+    for (const QVariantList &row : reader.rows)
         for (int f = 0; f < fieldCount(); ++f)
             mutableColumn(f).append(row.value(f));
-    setRowCount(qsizetype(rows.size()));
+    setRowCount(qsizetype(reader.rows.size()));
     setActiveState(true);
     emit rowsReset();
     setCurrentRow(0);

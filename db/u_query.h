@@ -63,9 +63,11 @@ protected:
     bool isDeferred(qsizetype row, int field) const override;
 
 private:
+    // Reading the statement's rows (u_query.cpp).
     Connection &conn() const;
     void fetch();
     void buildFields(const PGresult *r);
+    // Editing over the update table (u_queryedit.cpp).
     pg::ResultPtr execParams(const QString &sql, const std::vector<pg::Param> &params) const;
     pg::ResultPtr execOneRow(const QString &sql, const std::vector<pg::Param> &params);
     void ensureMeta() const;

@@ -9,6 +9,96 @@ namespace {
 bool isIdentStart(QChar c) { return c.isLetter() || c == u'_'; }
 bool isIdentChar(QChar c) { return c.isLetterOrNumber() || c == u'_' || c == u'$'; }
 
+// Each endOf... takes the text and where its construct starts, and returns
+// where the construct ends (the end of the text when it is not closed).
+
+// Block comments nest.
+qsizetype endOfBlockComment(QStringView sql, qsizetype i)
+{
+    const qsizetype n = sql.size();
+    qsizetype j = i + 2;
+    int depth = 1;
+    while (j < n && depth > 0) {
+        if (sql[j] == u'/' && j + 1 < n && sql[j + 1] == u'*') {
+            ++depth;
+            j += 2;
+        } else if (sql[j] == u'*' && j + 1 < n && sql[j + 1] == u'/') {
+            --depth;
+            j += 2;
+        } else {
+            ++j;
+        }
+    }
+    return j;
+}
+
+// '...', with '' inside; after E, backslash escapes too.
+qsizetype endOfString(QStringView sql, qsizetype i)
+{
+    const qsizetype n = sql.size();
+    const bool escapes = i > 0 && (sql[i - 1] == u'E' || sql[i - 1] == u'e') && !(i > 1 && isIdentChar(sql[i - 2]));
+    qsizetype j = i + 1;
+    while (j < n) {
+        if (escapes && sql[j] == u'\\') {
+            j += 2;
+        } else if (sql[j] == u'\'') {
+            if (j + 1 < n && sql[j + 1] == u'\'') {
+                j += 2;
+            } else {
+                ++j;
+                break;
+            }
+        } else {
+            ++j;
+        }
+    }
+    return qMin(j, n);
+}
+
+qsizetype endOfQuotedIdent(QStringView sql, qsizetype i)
+{
+    const qsizetype n = sql.size();
+    qsizetype j = i + 1;
+    while (j < n) {
+        if (sql[j] == u'"') {
+            if (j + 1 < n && sql[j + 1] == u'"') {
+                j += 2;
+                continue;
+            }
+            ++j;
+            break;
+        }
+        ++j;
+    }
+    return j;
+}
+
+// $tag$ ... $tag$ (a bare $n is a positional parameter, left alone: only the
+// $ is passed over).
+qsizetype endOfDollarQuote(QStringView sql, qsizetype i)
+{
+    const qsizetype n = sql.size();
+    qsizetype j = i + 1;
+    while (j < n && (isIdentStart(sql[j]) || (j > i + 1 && sql[j].isDigit())))
+        ++j;
+    if (j < n && sql[j] == u'$') {
+        const QStringView tag = sql.mid(i, j - i + 1);
+        const qsizetype close = sql.indexOf(tag, j + 1);
+        return close < 0 ? n : close + tag.size();
+    }
+    return i + 1;
+}
+
+// The parameter's number, 1-based; the same name (in any case) keeps its number.
+qsizetype paramNumber(QStringList &found, const QString &name)
+{
+    for (qsizetype k = 0; k < found.size(); ++k)
+        if (found[k].compare(name, Qt::CaseInsensitive) == 0)
+            return k + 1;
+    found.append(name);
+    return found.size();
+}
+
 } // namespace
 
 QByteArray Query::translateParams(const QString &sql, QStringList *names)
@@ -29,83 +119,20 @@ QByteArray Query::translateParams(const QString &sql, QStringList *names)
             qsizetype e = sql.indexOf(u'\n', i);
             copyTo(e < 0 ? n : e);
         } else if (c == u'/' && next == u'*') {
-            // Block comments nest.
-            qsizetype j = i + 2;
-            int depth = 1;
-            while (j < n && depth > 0) {
-                if (sql[j] == u'/' && j + 1 < n && sql[j + 1] == u'*') {
-                    ++depth;
-                    j += 2;
-                } else if (sql[j] == u'*' && j + 1 < n && sql[j + 1] == u'/') {
-                    --depth;
-                    j += 2;
-                } else {
-                    ++j;
-                }
-            }
-            copyTo(j);
+            copyTo(endOfBlockComment(sql, i));
         } else if (c == u'\'') {
-            const bool escapes = i > 0 && (sql[i - 1] == u'E' || sql[i - 1] == u'e') && !(i > 1 && isIdentChar(sql[i - 2]));
-            qsizetype j = i + 1;
-            while (j < n) {
-                if (escapes && sql[j] == u'\\') {
-                    j += 2;
-                } else if (sql[j] == u'\'') {
-                    if (j + 1 < n && sql[j + 1] == u'\'') {
-                        j += 2;
-                    } else {
-                        ++j;
-                        break;
-                    }
-                } else {
-                    ++j;
-                }
-            }
-            copyTo(qMin(j, n));
+            copyTo(endOfString(sql, i));
         } else if (c == u'"') {
-            qsizetype j = i + 1;
-            while (j < n) {
-                if (sql[j] == u'"') {
-                    if (j + 1 < n && sql[j + 1] == u'"') {
-                        j += 2;
-                        continue;
-                    }
-                    ++j;
-                    break;
-                }
-                ++j;
-            }
-            copyTo(j);
+            copyTo(endOfQuotedIdent(sql, i));
         } else if (c == u'$' && !(i > 0 && isIdentChar(sql[i - 1]))) {
-            // $tag$ ... $tag$ (a bare $n is a positional parameter, left alone).
-            qsizetype j = i + 1;
-            while (j < n && (isIdentStart(sql[j]) || (j > i + 1 && sql[j].isDigit())))
-                ++j;
-            if (j < n && sql[j] == u'$') {
-                const QStringView tag = QStringView(sql).mid(i, j - i + 1);
-                const qsizetype close = sql.indexOf(tag, j + 1);
-                copyTo(close < 0 ? n : close + tag.size());
-            } else {
-                copyTo(i + 1);
-            }
+            copyTo(endOfDollarQuote(sql, i));
         } else if (c == u':' && next == u':') {
             copyTo(i + 2);
         } else if (c == u':' && !next.isNull() && isIdentStart(next)) {
             qsizetype j = i + 1;
             while (j < n && (sql[j].isLetterOrNumber() || sql[j] == u'_'))
                 ++j;
-            const QString name = sql.mid(i + 1, j - i - 1);
-            qsizetype idx = -1;
-            for (qsizetype k = 0; k < found.size(); ++k)
-                if (found[k].compare(name, Qt::CaseInsensitive) == 0) {
-                    idx = k;
-                    break;
-                }
-            if (idx < 0) {
-                found.append(name);
-                idx = found.size() - 1;
-            }
-            out += u'$' + QString::number(idx + 1);
+            out += u'$' + QString::number(paramNumber(found, sql.mid(i + 1, j - i - 1)));
             i = j;
         } else {
             out += c;

@@ -73,6 +73,94 @@ QString foldText(const QString &in)
     return s;
 }
 
+namespace {
+
+quint64 fastHash(const char *p, qsizetype len)
+{
+    quint64 h = 0x9e3779b97f4a7c15ull ^ quint64(len);
+    qsizetype i = 0;
+    for (; i + 8 <= len; i += 8) {
+        quint64 w;
+        std::memcpy(&w, p + i, 8);
+        h = (h ^ w) * 0xff51afd7ed558ccdull;
+        h ^= h >> 32;
+    }
+    quint64 w = 0;
+    std::memcpy(&w, p + i, size_t(len - i));
+    h = (h ^ w) * 0xc4ceb9fe1a85ec53ull;
+    h ^= h >> 29;
+    return h;
+}
+
+// Distinct byte strings numbered 0, 1, ... in the order first met, each kept
+// once in a compact heap so the comparisons stay in cache. An open-addressing
+// table of (hash tag << 32) | (id + 1), 0 for a free slot.
+class ByteInterner {
+public:
+    explicit ByteInterner(QByteArray &heap) : m_heap(heap) {}
+
+    // The id of v, numbered anew when first met.
+    inline qint32 intern(QByteArrayView v)
+    {
+        const quint64 h = fastHash(v.data(), v.size());
+        const quint64 tag = h >> 32;
+        size_t s = size_t(h) & m_mask;
+        for (;;) {
+            const quint64 slot = m_table[s];
+            if (slot == 0)
+                return add(v, s, tag);
+            if ((slot >> 32) == tag) {
+                const qint32 id = qint32(slot & 0xffffffffu) - 1;
+                if (value(id) == v)
+                    return id;
+            }
+            s = (s + 1) & m_mask;
+        }
+    }
+
+    size_t count() const { return m_offsets.size() - 1; }
+    QByteArrayView value(qint32 id) const
+    {
+        return QByteArrayView(m_heap.constData() + m_offsets[size_t(id)],
+                              qsizetype(m_offsets[size_t(id) + 1] - m_offsets[size_t(id)]));
+    }
+
+private:
+    qint32 add(QByteArrayView v, size_t s, quint64 tag)
+    {
+        const qint32 id = qint32(count());
+        m_heap.append(v.data(), v.size());
+        m_offsets.push_back(quint64(m_heap.size()));
+        m_table[s] = (tag << 32) | quint64(id + 1);
+        if (count() * 2 > m_table.size())
+            grow();
+        return id;
+    }
+
+    void grow()
+    {
+        std::vector<quint64> old(m_table.size() * 2, 0);
+        old.swap(m_table);
+        m_mask = m_table.size() - 1;
+        for (quint64 o : old) {
+            if (!o)
+                continue;
+            const QByteArrayView k = value(qint32(o & 0xffffffffu) - 1);
+            size_t t = size_t(fastHash(k.data(), k.size())) & m_mask;
+            while (m_table[t])
+                t = (t + 1) & m_mask;
+            m_table[t] = o;
+        }
+    }
+
+    QByteArray &m_heap;
+    std::vector<quint64> m_table = std::vector<quint64>(1024, 0);
+    std::vector<quint64> m_offsets{0};
+    size_t m_mask = 1023;
+};
+
+} // namespace
+
 TextDict &GridModel::Impl::dict(int field)
 {
     auto it = dicts.find(field);
@@ -84,27 +172,9 @@ TextDict &GridModel::Impl::dict(int field)
     td->ids.resize(size_t(rows));
     // The column numbers its pooled values (equal numbers, equal values): each
     // number is looked up once. Values it did not pool are merged by their
-    // bytes, kept in a compact copy so the comparisons stay in cache.
+    // bytes.
     std::vector<qint32> byEntry;
-    std::vector<quint64> table(1024, 0); // (hash tag << 32) | (id + 1); 0 = free
-    std::vector<quint64> offsets{0};
-    QByteArray &heap = td->ownBytes;
-    size_t mask = table.size() - 1;
-    auto fastHash = [](const char *p, qsizetype len) {
-        quint64 h = 0x9e3779b97f4a7c15ull ^ quint64(len);
-        qsizetype i = 0;
-        for (; i + 8 <= len; i += 8) {
-            quint64 w;
-            std::memcpy(&w, p + i, 8);
-            h = (h ^ w) * 0xff51afd7ed558ccdull;
-            h ^= h >> 32;
-        }
-        quint64 w = 0;
-        std::memcpy(&w, p + i, size_t(len - i));
-        h = (h ^ w) * 0xc4ceb9fe1a85ec53ull;
-        h ^= h >> 29;
-        return h;
-    };
+    ByteInterner interner(td->ownBytes);
     for (qsizetype r = 0; r < rows; ++r) {
         db::busy::beat();
         if (c.isNull(r)) {
@@ -116,53 +186,17 @@ TextDict &GridModel::Impl::dict(int field)
             td->ids[size_t(r)] = byEntry[e];
             continue;
         }
-        const QByteArrayView v = c.bytes(r);
-        const quint64 h = fastHash(v.data(), v.size());
-        const quint64 tag = h >> 32;
-        size_t s = size_t(h) & mask;
-        qint32 id;
-        for (;;) {
-            const quint64 slot = table[s];
-            if (slot == 0) {
-                id = qint32(offsets.size() - 1);
-                heap.append(v.data(), v.size());
-                offsets.push_back(quint64(heap.size()));
-                table[s] = (tag << 32) | quint64(id + 1);
-                if ((offsets.size() - 1) * 2 > table.size()) {
-                    std::vector<quint64> old(table.size() * 2, 0);
-                    old.swap(table);
-                    mask = table.size() - 1;
-                    for (quint64 o : old) {
-                        if (!o)
-                            continue;
-                        const qint32 k = qint32(o & 0xffffffffu) - 1;
-                        const quint64 hk = fastHash(heap.constData() + offsets[size_t(k)],
-                                                    qsizetype(offsets[size_t(k) + 1] - offsets[size_t(k)]));
-                        size_t t = size_t(hk) & mask;
-                        while (table[t])
-                            t = (t + 1) & mask;
-                        table[t] = o;
-                    }
-                }
-                break;
-            }
-            if ((slot >> 32) == tag) {
-                id = qint32(slot & 0xffffffffu) - 1;
-                const QByteArrayView have(heap.constData() + offsets[size_t(id)],
-                                          qsizetype(offsets[size_t(id) + 1] - offsets[size_t(id)]));
-                if (have == v)
-                    break;
-            }
-            s = (s + 1) & mask;
-        }
+        const qint32 id = interner.intern(c.bytes(r));
         if (e >= byEntry.size())
             byEntry.resize(std::max<size_t>(size_t(e) + 1, byEntry.size() * 2), -1);
         byEntry[e] = id;
         td->ids[size_t(r)] = id;
     }
-    td->values.reserve(offsets.size() - 1);
-    for (size_t k = 0; k + 1 < offsets.size(); ++k)
-        td->values.emplace_back(heap.constData() + offsets[k], qsizetype(offsets[k + 1] - offsets[k]));
+    td->values.reserve(interner.count());
+    for (size_t k = 0; k < interner.count(); ++k) {
+        const QByteArrayView v = interner.value(qint32(k));
+        td->values.emplace_back(v.data(), v.size());
+    }
     TextDict &ref = *td;
     dicts.emplace(field, std::move(td));
     return ref;

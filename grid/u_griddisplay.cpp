@@ -168,32 +168,12 @@ void GridModel::Impl::runOnce(unsigned flags)
     }
     if (flags & FSums)
         computeSums();
-    qsizetype newFocus = -1;
     if (flags & FDisplay) {
         const qint32 rec = focusData >= 0 && focusData < qint32(recPos.size()) ? recPos[size_t(focusData)] : -1;
         if (rec >= 0 && (flags & FGroups))
             expandPathTo(rec); // the focused record stays in sight after regrouping
         buildDisplay();
-        if (rec >= 0)
-            newFocus = locateRecord(rec);
-        if (newFocus < 0 && focusNode >= 0) {
-            for (size_t i = 0; i < drows.size(); ++i)
-                if (drows[i].node == focusNode && drows[i].kind == RowKind::Group) {
-                    newFocus = qsizetype(i);
-                    break;
-                }
-        }
-        if (newFocus < 0 && rec >= 0) {
-            // the record sits in a collapsed group: focus the innermost visible group row
-            for (size_t i = 0; i < drows.size(); ++i) {
-                const DRow &r = drows[i];
-                if (r.kind == RowKind::Group && rec >= nodes[size_t(r.node)].first
-                    && rec < nodes[size_t(r.node)].first + nodes[size_t(r.node)].count)
-                    newFocus = qsizetype(i);
-            }
-        }
-        if (newFocus < 0 && !drows.empty())
-            newFocus = (focus >= 0 && focus < qsizetype(drows.size()) && !(flags & (FData | FGroups))) ? focus : 0;
+        const qsizetype newFocus = refocusedRow(rec, focusNode, flags);
         rebuildingNow.end();
         focus = -2; // force the signal
         // the dataset's current row follows a focus that a filter or a regrouping moved
@@ -208,6 +188,36 @@ void GridModel::Impl::runOnce(unsigned flags)
     rebuildingNow.end();
     if (flags & FSums)
         emit q->summariesChanged();
+}
+
+// The display row to focus after a rebuild: the record that had the focus,
+// else the group row that had it, else the innermost visible group holding
+// the record, else where the focus was (or the first row).
+qsizetype GridModel::Impl::refocusedRow(qint32 rec, qint32 focusNode, unsigned flags) const
+{
+    if (rec >= 0) {
+        const qsizetype at = locateRecord(rec);
+        if (at >= 0)
+            return at;
+    }
+    if (focusNode >= 0) {
+        for (size_t i = 0; i < drows.size(); ++i)
+            if (drows[i].node == focusNode && drows[i].kind == RowKind::Group)
+                return qsizetype(i);
+    }
+    qsizetype found = -1;
+    if (rec >= 0) {
+        // the record sits in a collapsed group: focus the innermost visible group row
+        for (size_t i = 0; i < drows.size(); ++i) {
+            const DRow &r = drows[i];
+            if (r.kind == RowKind::Group && rec >= nodes[size_t(r.node)].first
+                && rec < nodes[size_t(r.node)].first + nodes[size_t(r.node)].count)
+                found = qsizetype(i);
+        }
+    }
+    if (found < 0 && !drows.empty())
+        found = (focus >= 0 && focus < qsizetype(drows.size()) && !(flags & (FData | FGroups))) ? focus : 0;
+    return found;
 }
 
 void GridModel::Impl::onDataReset()

@@ -267,6 +267,82 @@ CompiledFilter GridModel::Impl::compileCondition(const FilterCondition &fc) cons
 
 // ---------------------------------------------------------------- evaluating
 
+namespace {
+
+// Each filter... narrows the pass flags ps of the rows to those whose cell
+// meets f.
+
+// Text: one test per distinct value (of the folded dictionary), then a
+// look-up per row.
+void filterText(const TextDict &td, const CompiledFilter &f, quint8 *ps, qsizetype rows)
+{
+    const QByteArrayView needle(f.needle);
+    std::vector<quint8> match(td.values.size());
+    if (f.op == FilterOp::Contains) {
+        const bool needleAscii = !hasHighBit(needle);
+        for (size_t i = 0; i < td.values.size(); ++i) {
+            const QByteArrayView v = td.folded(i);
+            match[i] = needleAscii ? asciiContainsFolded(v, needle) : v.indexOf(needle) >= 0;
+        }
+    } else {
+        for (size_t i = 0; i < td.values.size(); ++i)
+            match[i] = td.folded(i) == needle;
+    }
+    const qint32 *ids = td.ids.data();
+    for (qsizetype r = 0; r < rows; ++r) {
+        const qint32 id = ids[r];
+        ps[r] &= quint8(id >= 0 && match[size_t(id)]);
+    }
+}
+
+// Rows still passing keep passing when their cell is not null and test(row)
+// holds; the test is not run for the rest.
+template <class Test>
+void narrowNonNull(const db::Column &c, quint8 *ps, qsizetype rows, Test test)
+{
+    for (qsizetype r = 0; r < rows; ++r) {
+        if (!ps[r])
+            continue;
+        if (c.isNull(r)) {
+            ps[r] = 0;
+            continue;
+        }
+        ps[r] = test(r);
+    }
+}
+
+void filterNumber(const db::Column &c, const CompiledFilter &f, quint8 *ps, qsizetype rows)
+{
+    if (f.exact) {
+        for (qsizetype r = 0; r < rows; ++r)
+            ps[r] &= quint8(!c.isNull(r) && compareOp(f.op, c.asInt64(r), f.integer));
+        return;
+    }
+    const bool eq = f.op == FilterOp::Eq || f.op == FilterOp::Ne;
+    narrowNonNull(c, ps, rows, [&](qsizetype r) {
+        const double v = c.asDouble(r);
+        return eq ? nearlyEqual(v, f.number) == (f.op == FilterOp::Eq) : compareOp(f.op, v, f.number);
+    });
+}
+
+void filterDate(const db::Column &c, const CompiledFilter &f, quint8 *ps, qsizetype rows)
+{
+    if (f.op == FilterOp::At) {
+        for (qsizetype r = 0; r < rows; ++r)
+            ps[r] &= quint8(!c.isNull(r) && c.asInt64(r) == f.ms);
+        return;
+    }
+    const bool dt = f.kind == ColumnKind::DateTime;
+    narrowNonNull(c, ps, rows, [&](qsizetype r) {
+        qint64 day = c.asInt64(r);
+        if (dt)
+            day = julianDayOfMs(day);
+        return compareOp(f.op, day, f.day);
+    });
+}
+
+} // namespace
+
 void GridModel::Impl::applyFilter(const CompiledFilter &f, quint8 *ps, qsizetype rows)
 {
     switch (f.op) {
@@ -285,26 +361,9 @@ void GridModel::Impl::applyFilter(const CompiledFilter &f, quint8 *ps, qsizetype
     case ColumnKind::Missing: std::fill(ps, ps + rows, quint8(0)); return;
     case ColumnKind::Text:
     case ColumnKind::Bytes: {
-        // one test per distinct value, then a look-up per row
         TextDict &td = dict(f.field);
         foldDict(td);
-        const QByteArrayView needle(f.needle);
-        std::vector<quint8> match(td.values.size());
-        if (f.op == FilterOp::Contains) {
-            const bool needleAscii = !hasHighBit(needle);
-            for (size_t i = 0; i < td.values.size(); ++i) {
-                const QByteArrayView v = td.folded(i);
-                match[i] = needleAscii ? asciiContainsFolded(v, needle) : v.indexOf(needle) >= 0;
-            }
-        } else {
-            for (size_t i = 0; i < td.values.size(); ++i)
-                match[i] = td.folded(i) == needle;
-        }
-        const qint32 *ids = td.ids.data();
-        for (qsizetype r = 0; r < rows; ++r) {
-            const qint32 id = ids[r];
-            ps[r] &= quint8(id >= 0 && match[size_t(id)]);
-        }
+        filterText(td, f, ps, rows);
         return;
     }
     case ColumnKind::Bool: {
@@ -313,52 +372,9 @@ void GridModel::Impl::applyFilter(const CompiledFilter &f, quint8 *ps, qsizetype
             ps[r] &= quint8(!c.isNull(r) && c.asBool(r) == want);
         return;
     }
-    case ColumnKind::Number: {
-        if (f.exact) {
-            for (qsizetype r = 0; r < rows; ++r)
-                ps[r] &= quint8(!c.isNull(r) && compareOp(f.op, c.asInt64(r), f.integer));
-            return;
-        }
-        const bool eq = f.op == FilterOp::Eq || f.op == FilterOp::Ne;
-        for (qsizetype r = 0; r < rows; ++r) {
-            if (!ps[r])
-                continue;
-            if (c.isNull(r)) {
-                ps[r] = 0;
-                continue;
-            }
-            const double v = c.asDouble(r);
-            bool ok;
-            if (eq)
-                ok = nearlyEqual(v, f.number) == (f.op == FilterOp::Eq);
-            else
-                ok = compareOp(f.op, v, f.number);
-            ps[r] = ok;
-        }
-        return;
-    }
+    case ColumnKind::Number: filterNumber(c, f, ps, rows); return;
     case ColumnKind::Date:
-    case ColumnKind::DateTime: {
-        if (f.op == FilterOp::At) {
-            for (qsizetype r = 0; r < rows; ++r)
-                ps[r] &= quint8(!c.isNull(r) && c.asInt64(r) == f.ms);
-            return;
-        }
-        const bool dt = f.kind == ColumnKind::DateTime;
-        for (qsizetype r = 0; r < rows; ++r) {
-            if (!ps[r])
-                continue;
-            if (c.isNull(r)) {
-                ps[r] = 0;
-                continue;
-            }
-            qint64 day = c.asInt64(r);
-            if (dt)
-                day = julianDayOfMs(day);
-            ps[r] = compareOp(f.op, day, f.day);
-        }
-        return;
-    }
+    case ColumnKind::DateTime: filterDate(c, f, ps, rows); return;
     }
 }
 

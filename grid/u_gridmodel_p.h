@@ -296,6 +296,7 @@ struct GridModel::Impl {
     void runOnce(unsigned flags);
     void buildDisplay();
     qsizetype locateRecord(qint32 rec) const;
+    qsizetype refocusedRow(qint32 rec, qint32 focusNode, unsigned flags) const;
     void expandPathTo(qint32 rec);
     void setFocusInternal(qsizetype row, bool syncDataSet);
     void onDataReset();

@@ -25,6 +25,85 @@ KeyReader GridModel::Impl::keyReader(const ColState &cs)
     return k;
 }
 
+namespace {
+
+using KeyVectors = std::vector<std::vector<qint64>>;
+
+// Orders two rows by the key vectors from the given one on, then by position.
+struct RestCompare {
+    const KeyVectors *kv;
+    size_t from;
+    bool operator()(qint32 a, qint32 b) const
+    {
+        for (size_t k = from; k < kv->size(); ++k) {
+            const qint64 x = (*kv)[k][size_t(a)], y = (*kv)[k][size_t(b)];
+            if (x != y)
+                return x < y;
+        }
+        return a < b;
+    }
+};
+
+// A counting sort on the first key when its values are few and close together
+// (collation ranks, dates, flags), with nulls kept apart. False, and nothing
+// written, when the values lie too far apart for it.
+bool countingSort(const std::vector<qint64> &k0, qint32 *ord, qsizetype rows)
+{
+    qint64 lo = std::numeric_limits<qint64>::max(), hi = std::numeric_limits<qint64>::min();
+    qsizetype specials = 0;
+    for (qint64 v : k0) {
+        if (v == kNullKey || v == ~kNullKey) {
+            ++specials;
+            continue;
+        }
+        lo = std::min(lo, v);
+        hi = std::max(hi, v);
+    }
+    // the span in unsigned arithmetic: the keys of doubles (and of large
+    // integers) lie far apart, and hi - lo would overflow a signed integer
+    const quint64 span = specials == rows ? 0 : quint64(hi) - quint64(lo);
+    if (specials != rows && span >= quint64(rows) * 4 + 1024)
+        return false;
+    const qint64 range = specials == rows ? 0 : qint64(span) + 1;
+    // buckets: 0 = null-low, 1..range = values, range+1 = null-high
+    std::vector<qint32> count(size_t(range + 3), 0);
+    auto bucket = [&](qint64 v) -> size_t {
+        if (v == kNullKey)
+            return 0;
+        if (v == ~kNullKey)
+            return size_t(range + 1);
+        return size_t(quint64(v) - quint64(lo) + 1);
+    };
+    for (qint64 v : k0)
+        ++count[bucket(v) + 1];
+    for (size_t i = 1; i < count.size(); ++i)
+        count[i] += count[i - 1];
+    for (qint32 r = 0; r < qint32(rows); ++r)
+        ord[count[bucket(k0[size_t(r)])]++] = r;
+    return true;
+}
+
+// Equal first keys are runs after the counting sort: each run is ordered by
+// the remaining keys.
+void sortRuns(const KeyVectors &kv, qint32 *ord, qsizetype rows)
+{
+    const std::vector<qint64> &k0 = kv[0];
+    const RestCompare cmp{&kv, 1};
+    qsizetype i = 0;
+    while (i < rows) {
+        qsizetype j = i + 1;
+        const qint64 v = k0[size_t(ord[i])];
+        while (j < rows && k0[size_t(ord[j])] == v)
+            ++j;
+        if (j - i > 1)
+            servedSort(ord + i, ord + j, cmp);
+        db::busy::beat();
+        i = j;
+    }
+}
+
+} // namespace
+
 void GridModel::Impl::computeOrder()
 {
     const qsizetype rows = n();
@@ -41,7 +120,7 @@ void GridModel::Impl::computeOrder()
         return;
 
     // one integer key vector per sort key: text by collation rank, the rest by value
-    std::vector<std::vector<qint64>> kv(keys.size());
+    KeyVectors kv(keys.size());
     for (size_t k = 0; k < keys.size(); ++k) {
         const KeyReader key = keyReader(*keys[k].cs);
         std::vector<qint64> &v = kv[k];
@@ -60,73 +139,10 @@ void GridModel::Impl::computeOrder()
     }
 
     qint32 *ord = sortedAll.data();
-    const std::vector<qint64> &k0 = kv[0];
-    auto restCompare = [&](size_t from) {
-        return [&kv, from](qint32 a, qint32 b) {
-            for (size_t k = from; k < kv.size(); ++k) {
-                const qint64 x = kv[k][size_t(a)], y = kv[k][size_t(b)];
-                if (x != y)
-                    return x < y;
-            }
-            return a < b;
-        };
-    };
-    bool counted = false;
-    {
-        // a counting sort on the first key when its values are few and close
-        // together (collation ranks, dates, flags), with nulls kept apart
-        qint64 lo = std::numeric_limits<qint64>::max(), hi = std::numeric_limits<qint64>::min();
-        qsizetype specials = 0;
-        for (qint64 v : k0) {
-            if (v == kNullKey || v == ~kNullKey) {
-                ++specials;
-                continue;
-            }
-            lo = std::min(lo, v);
-            hi = std::max(hi, v);
-        }
-        // the span in unsigned arithmetic: the keys of doubles (and of large
-        // integers) lie far apart, and hi - lo would overflow a signed integer
-        const quint64 span = specials == rows ? 0 : quint64(hi) - quint64(lo);
-        if (specials == rows || span < quint64(rows) * 4 + 1024) {
-            const qint64 range = specials == rows ? 0 : qint64(span) + 1;
-            // buckets: 0 = null-low, 1..range = values, range+1 = null-high
-            std::vector<qint32> count(size_t(range + 3), 0);
-            auto bucket = [&](qint64 v) -> size_t {
-                if (v == kNullKey)
-                    return 0;
-                if (v == ~kNullKey)
-                    return size_t(range + 1);
-                return size_t(quint64(v) - quint64(lo) + 1);
-            };
-            for (qint64 v : k0)
-                ++count[bucket(v) + 1];
-            for (size_t i = 1; i < count.size(); ++i)
-                count[i] += count[i - 1];
-            for (qint32 r = 0; r < qint32(rows); ++r)
-                ord[count[bucket(k0[size_t(r)])]++] = r;
-            counted = true;
-        }
-    }
-    if (!counted) {
-        servedSort(ord, ord + rows, restCompare(0));
-        return;
-    }
-    if (kv.size() == 1)
-        return;
-    // equal first keys are runs now: order each run by the remaining keys
-    const auto cmp = restCompare(1);
-    qsizetype i = 0;
-    while (i < rows) {
-        qsizetype j = i + 1;
-        const qint64 v = k0[size_t(ord[i])];
-        while (j < rows && k0[size_t(ord[j])] == v)
-            ++j;
-        if (j - i > 1)
-            servedSort(ord + i, ord + j, cmp);
-        db::busy::beat();
-        i = j;
-    }
+    if (!countingSort(kv[0], ord, rows))
+        servedSort(ord, ord + rows, RestCompare{&kv, 0});
+    else if (kv.size() > 1)
+        sortRuns(kv, ord, rows);
 }
 
 void GridModel::Impl::computeRecords()

@@ -193,7 +193,14 @@ private:
     void updateScrollBars();
     void placeVerticalScrollBar();
     void updateRowHeight();
+    bool moveKey(QKeyEvent *e, qsizetype row, bool onGroup);
+    bool clearKey(QKeyEvent *e);
+    bool typingKey(QKeyEvent *e, qsizetype row, grid::RowKind kind);
     void paintRow(QPainter &p, qsizetype row, const QRect &r, const QRect &clip);
+    void paintDataRow(QPainter &p, qsizetype row, const QRect &r, const QRect &clip, bool focused);
+    void paintDataCell(QPainter &p, qsizetype row, int col, const QRect &cr, const CellStyle &ts, bool focused);
+    void paintGroupRow(QPainter &p, qsizetype row, const QRect &r, int level, const CellStyle &groupSt, bool focused);
+    void paintGroupFooterRow(QPainter &p, qsizetype row, const QRect &r, int level, bool focused);
     void paintCellText(QPainter &p, const QRect &r, const QString &text, int col, const CellStyle &st) const;
     void paintCheck(QPainter &p, const QRect &r, int state) const;
     void paintIndicator(QPainter &p, const QRect &r, bool focused) const;

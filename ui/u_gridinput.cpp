@@ -79,32 +79,40 @@ void GridTableView::moveFocusBy(qsizetype delta)
 void GridTableView::keyPressEvent(QKeyEvent *e)
 {
     const qsizetype row = currentRow();
-    const bool ctrl = e->modifiers() & Qt::ControlModifier;
-    const int page = std::max(1, viewport()->height() / m_rowHeight - 1);
     const grid::RowKind kind = isDataRow(row) || row < 0 ? grid::RowKind::Data : m_model->rowKind(row);
     const bool onGroup = row >= 0 && kind == grid::RowKind::Group;
-    const int vi = int(m_visible.indexOf(m_focusColumn));
-    if (ctrl && e->key() == Qt::Key_P && onPaper()) {
+    if ((e->modifiers() & Qt::ControlModifier) && e->key() == Qt::Key_P && onPaper()) {
         guarded([this] { printGrid(); });
         return;
     }
+    if (moveKey(e, row, onGroup) || clearKey(e) || typingKey(e, row, kind))
+        return;
+    QAbstractScrollArea::keyPressEvent(e);
+}
+
+// Arrows, pages, Home / End; on a group row left / right and + / - fold it.
+bool GridTableView::moveKey(QKeyEvent *e, qsizetype row, bool onGroup)
+{
+    const bool ctrl = e->modifiers() & Qt::ControlModifier;
+    const int page = std::max(1, viewport()->height() / m_rowHeight - 1);
+    const int vi = int(m_visible.indexOf(m_focusColumn));
     switch (e->key()) {
-    case Qt::Key_Up: moveFocusBy(-1); return;
-    case Qt::Key_Down: moveFocusBy(1); return;
-    case Qt::Key_PageUp: moveFocusBy(-page); return;
-    case Qt::Key_PageDown: moveFocusBy(page); return;
+    case Qt::Key_Up: moveFocusBy(-1); return true;
+    case Qt::Key_Down: moveFocusBy(1); return true;
+    case Qt::Key_PageUp: moveFocusBy(-page); return true;
+    case Qt::Key_PageDown: moveFocusBy(page); return true;
     case Qt::Key_Home:
         if (ctrl || m_visible.isEmpty())
             moveFocusTo(0);
         else
             setFocusedColumn(m_visible.first());
-        return;
+        return true;
     case Qt::Key_End:
         if (ctrl || m_visible.isEmpty())
             moveFocusTo(m_model->rowCount() - 1);
         else
             setFocusedColumn(m_visible.last());
-        return;
+        return true;
     case Qt::Key_Left:
         if (onGroup) {
             if (m_model->isExpanded(row))
@@ -112,7 +120,7 @@ void GridTableView::keyPressEvent(QKeyEvent *e)
         } else if (!m_visible.isEmpty()) {
             setFocusedColumn(m_visible[std::max(0, vi - 1)]);
         }
-        return;
+        return true;
     case Qt::Key_Right:
         if (onGroup) {
             if (!m_model->isExpanded(row))
@@ -120,60 +128,69 @@ void GridTableView::keyPressEvent(QKeyEvent *e)
         } else if (!m_visible.isEmpty()) {
             setFocusedColumn(m_visible[vi < 0 ? 0 : std::min(int(m_visible.size()) - 1, vi + 1)]);
         }
-        return;
+        return true;
     case Qt::Key_Plus:
         if (onGroup)
             m_model->setExpanded(row, true);
-        return;
+        return true;
     case Qt::Key_Minus:
         if (onGroup)
             m_model->setExpanded(row, false);
-        return;
-    case Qt::Key_Backspace:
-        if (!m_incSearch.isEmpty()) {
-            m_incSearch.chop(1);
-            viewport()->update();
-            return;
-        }
-        break;
-    case Qt::Key_Escape: {
-        if (!m_incSearch.isEmpty()) {
-            m_incSearch.clear();
-            viewport()->update();
-            return;
-        }
-        db::DataSet *ds = dataSet();
-        if (ds && ds->isEditing()) {
-            guarded([ds] { ds->cancel(); });
-            viewport()->update();
-            return;
-        }
-        break;
+        return true;
+    default: return false;
     }
-    default: break;
+}
+
+// Backspace shortens the incremental search; Escape drops it, else the row's changes.
+bool GridTableView::clearKey(QKeyEvent *e)
+{
+    if (e->key() == Qt::Key_Backspace && !m_incSearch.isEmpty()) {
+        m_incSearch.chop(1);
+        viewport()->update();
+        return true;
     }
+    if (e->key() != Qt::Key_Escape)
+        return false;
+    if (!m_incSearch.isEmpty()) {
+        m_incSearch.clear();
+        viewport()->update();
+        return true;
+    }
+    db::DataSet *ds = dataSet();
+    if (ds && ds->isEditing()) {
+        guarded([ds] { ds->cancel(); });
+        viewport()->update();
+        return true;
+    }
+    return false;
+}
+
+// Typing: into the focused cell where it is editable, else the incremental search.
+bool GridTableView::typingKey(QKeyEvent *e, qsizetype row, grid::RowKind kind)
+{
+    const bool ctrl = e->modifiers() & Qt::ControlModifier;
     if (row >= 0 && kind == grid::RowKind::Data && isColumnEditable(m_focusColumn)) {
         const bool isBool = m_model->columnKind(m_focusColumn) == grid::ColumnKind::Bool;
         if (isBool && e->key() == Qt::Key_Space) {
             toggleCheck(m_focusColumn);
-            return;
+            return true;
         }
         if (!isBool) {
             if (e->key() == Qt::Key_F2 || e->key() == Qt::Key_Return || e->key() == Qt::Key_Enter) {
                 startEdit();
-                return;
+                return true;
             }
             const QString t = e->text();
             if (!t.isEmpty() && t.at(0).isPrint() && !ctrl) {
                 startEdit(t);
-                return;
+                return true;
             }
         }
     } else if (!ctrl && !e->text().isEmpty() && e->text().at(0).isPrint() && !(e->text() == QLatin1String(" ") && m_incSearch.isEmpty())) {
         incrementalSearch(m_incSearch + e->text());
-        return;
+        return true;
     }
-    QAbstractScrollArea::keyPressEvent(e);
+    return false;
 }
 
 void GridTableView::mousePressEvent(QMouseEvent *e)

@@ -146,107 +146,128 @@ void GridTableView::paintRow(QPainter &p, qsizetype row, const QRect &r, const Q
         p.fillRect(ir, *groupSt.color);
     }
 
-    const int x0 = indW - hx;
-    const int contentRight = firstColumnX() + m_totalWidth;
-
-    if (kind == grid::RowKind::Data) {
-        const CellStyle st = dataRowStyle(row);
-        const CellStyle selSt = focusedRowStyle(st);
-        p.setFont(*st.font);
-        for (int i = 0; i < m_visible.size(); ++i) {
-            const int col = m_visible[i];
-            const QRect cr(firstColumnX() + m_left[i], r.y(), columnWidth(col), r.height());
-            if (cr.right() < clip.left() || cr.left() > clip.right())
-                continue;
-            const CellStyle &ts = focused ? selSt : st;
-            p.fillRect(cr, *ts.color);
-            if (m_model->columnKind(col) == grid::ColumnKind::Bool) {
-                int state = inserting ? -1 : m_model->cellCheck(row, col);
-                bool buf = false;
-                const QString t = editValueText(row, col, &buf);
-                if (buf)
-                    state = t.isEmpty() ? -1 : (t == QLatin1String("true") || t == QLatin1String("1")) ? 1 : 0;
-                paintCheck(p, cr, state);
-            } else {
-                p.setFont(*ts.font);
-                const QString text = editValueText(row, col);
-                if (focused && col == m_focusColumn && !m_incSearch.isEmpty()) {
-                    // the part found by the incremental search
-                    const CellStyle is = resolvedStyle(GridElement::IncSearch);
-                    const QFontMetrics fm(*ts.font);
-                    const int w = fm.horizontalAdvance(text.left(m_incSearch.size()));
-                    const int x = isRightAligned(m_model->columnKind(col))
-                        ? cr.right() - kCellPadding - fm.horizontalAdvance(text)
-                        : cr.left() + kCellPadding;
-                    p.fillRect(QRect(x, cr.top() + 2, w, cr.height() - 4), *is.color);
-                    paintCellText(p, cr, text, col, ts);
-                    p.setPen(*is.textColor);
-                    p.drawText(QRect(x, cr.top(), w + 1, cr.height()), Qt::AlignLeft | Qt::AlignVCenter, text.left(m_incSearch.size()));
-                } else {
-                    paintCellText(p, cr, text, col, ts);
-                }
-            }
-            p.setPen(kGridLine);
-            p.drawLine(cr.topRight(), cr.bottomRight());
-            p.drawLine(cr.bottomLeft(), cr.bottomRight());
-            if (focused && col == m_focusColumn && hasFocus()) {
-                // the focused cell inside the selected row
-                QPen pen(*ts.textColor, 1, Qt::DotLine);
-                p.setPen(pen);
-                p.drawRect(cr.adjusted(1, 1, -2, -2));
-            }
-        }
-        if (contentRight < r.right())
-            p.fillRect(QRect(contentRight, r.y(), r.right() - contentRight + 1, r.height()),
-                       *resolvedStyle(GridElement::Background).color);
-    } else if (kind == grid::RowKind::Group) {
-        const int gx = x0 + level * kIndentStep;
-        const QRect gr(gx, r.y(), std::max(contentRight, r.right()) - gx + 1, r.height());
-        const CellStyle st = focused ? focusedRowStyle(groupSt) : groupSt;
-        p.fillRect(gr, *st.color);
-        // [+] / [-]
-        const QRect box(groupBoxX(row) + kIndentStep / 2 - 5, r.center().y() - 4, 9, 9);
-        p.fillRect(box, Qt::white);
-        p.setPen(QColor(0x60, 0x60, 0x60));
-        p.drawRect(box);
-        p.setPen(Qt::black);
-        p.drawLine(box.left() + 2, box.center().y(), box.right() - 2, box.center().y());
-        if (!m_model->isExpanded(row))
-            p.drawLine(box.center().x(), box.top() + 2, box.center().x(), box.bottom() - 2);
-        p.setFont(*st.font);
-        p.setPen(*st.textColor);
-        p.drawText(groupCaptionRect(row), Qt::AlignLeft | Qt::AlignVCenter, m_model->groupRowText(row));
-        p.setPen(kGridLine);
-        p.drawLine(gr.bottomLeft(), gr.bottomRight());
-    } else { // group footer
-        const int fx = x0 + (level + 1) * kIndentStep;
-        const QRect fr(fx, r.y(), std::max(contentRight, r.right()) - fx + 1, r.height());
-        CellStyle st = resolvedStyle(GridElement::Footer);
-        if (m_sheet.has(GridElement::GroupSummary)) {
-            const CellStyle gs = m_sheet.style(GridElement::GroupSummary);
-            if (gs.font)
-                st.font = gs.font;
-            if (gs.textColor)
-                st.textColor = gs.textColor;
-        }
-        const CellStyle ts = focused ? focusedRowStyle(st) : st;
-        p.fillRect(fr, *ts.color);
-        p.setFont(*st.font);
-        for (int i = 0; i < m_visible.size(); ++i) {
-            const int col = m_visible[i];
-            const QString t = m_model->groupFooterTextForColumn(row, col);
-            if (t.isEmpty())
-                continue;
-            QRect cr(firstColumnX() + m_left[i], r.y(), columnWidth(col), r.height());
-            cr.setLeft(std::max(cr.left(), fx));
-            p.setPen(kGridLine);
-            p.drawRect(cr.adjusted(1, 1, -2, -2));
-            paintCellText(p, cr, QString(t).replace(QLatin1Char('\n'), QLatin1String("; ")), col, ts);
-        }
-        p.setPen(kGridLine);
-        p.drawLine(fr.bottomLeft(), fr.bottomRight());
-    }
+    if (kind == grid::RowKind::Data)
+        paintDataRow(p, row, r, clip, focused);
+    else if (kind == grid::RowKind::Group)
+        paintGroupRow(p, row, r, level, groupSt, focused);
+    else
+        paintGroupFooterRow(p, row, r, level, focused);
     p.restore();
+}
+
+void GridTableView::paintDataRow(QPainter &p, qsizetype row, const QRect &r, const QRect &clip, bool focused)
+{
+    const int contentRight = firstColumnX() + m_totalWidth;
+    const CellStyle st = dataRowStyle(row);
+    const CellStyle selSt = focusedRowStyle(st);
+    p.setFont(*st.font);
+    for (int i = 0; i < m_visible.size(); ++i) {
+        const int col = m_visible[i];
+        const QRect cr(firstColumnX() + m_left[i], r.y(), columnWidth(col), r.height());
+        if (cr.right() < clip.left() || cr.left() > clip.right())
+            continue;
+        const CellStyle &ts = focused ? selSt : st;
+        p.fillRect(cr, *ts.color);
+        paintDataCell(p, row, col, cr, ts, focused);
+        p.setPen(kGridLine);
+        p.drawLine(cr.topRight(), cr.bottomRight());
+        p.drawLine(cr.bottomLeft(), cr.bottomRight());
+        if (focused && col == m_focusColumn && hasFocus()) {
+            // the focused cell inside the selected row
+            QPen pen(*ts.textColor, 1, Qt::DotLine);
+            p.setPen(pen);
+            p.drawRect(cr.adjusted(1, 1, -2, -2));
+        }
+    }
+    if (contentRight < r.right())
+        p.fillRect(QRect(contentRight, r.y(), r.right() - contentRight + 1, r.height()),
+                   *resolvedStyle(GridElement::Background).color);
+}
+
+// A data cell's content: its check or its text, with the part found by the
+// incremental search marked.
+void GridTableView::paintDataCell(QPainter &p, qsizetype row, int col, const QRect &cr, const CellStyle &ts,
+                                  bool focused)
+{
+    if (m_model->columnKind(col) == grid::ColumnKind::Bool) {
+        int state = row == insertRow() ? -1 : m_model->cellCheck(row, col);
+        bool buf = false;
+        const QString t = editValueText(row, col, &buf);
+        if (buf)
+            state = t.isEmpty() ? -1 : (t == QLatin1String("true") || t == QLatin1String("1")) ? 1 : 0;
+        paintCheck(p, cr, state);
+        return;
+    }
+    p.setFont(*ts.font);
+    const QString text = editValueText(row, col);
+    if (!focused || col != m_focusColumn || m_incSearch.isEmpty()) {
+        paintCellText(p, cr, text, col, ts);
+        return;
+    }
+    const CellStyle is = resolvedStyle(GridElement::IncSearch);
+    const QFontMetrics fm(*ts.font);
+    const int w = fm.horizontalAdvance(text.left(m_incSearch.size()));
+    const int x = isRightAligned(m_model->columnKind(col)) ? cr.right() - kCellPadding - fm.horizontalAdvance(text)
+                                                           : cr.left() + kCellPadding;
+    p.fillRect(QRect(x, cr.top() + 2, w, cr.height() - 4), *is.color);
+    paintCellText(p, cr, text, col, ts);
+    p.setPen(*is.textColor);
+    p.drawText(QRect(x, cr.top(), w + 1, cr.height()), Qt::AlignLeft | Qt::AlignVCenter, text.left(m_incSearch.size()));
+}
+
+void GridTableView::paintGroupRow(QPainter &p, qsizetype row, const QRect &r, int level, const CellStyle &groupSt,
+                                  bool focused)
+{
+    const int contentRight = firstColumnX() + m_totalWidth;
+    const int gx = indicatorWidth() - horizontalScrollBar()->value() + level * kIndentStep;
+    const QRect gr(gx, r.y(), std::max(contentRight, r.right()) - gx + 1, r.height());
+    const CellStyle st = focused ? focusedRowStyle(groupSt) : groupSt;
+    p.fillRect(gr, *st.color);
+    // [+] / [-]
+    const QRect box(groupBoxX(row) + kIndentStep / 2 - 5, r.center().y() - 4, 9, 9);
+    p.fillRect(box, Qt::white);
+    p.setPen(QColor(0x60, 0x60, 0x60));
+    p.drawRect(box);
+    p.setPen(Qt::black);
+    p.drawLine(box.left() + 2, box.center().y(), box.right() - 2, box.center().y());
+    if (!m_model->isExpanded(row))
+        p.drawLine(box.center().x(), box.top() + 2, box.center().x(), box.bottom() - 2);
+    p.setFont(*st.font);
+    p.setPen(*st.textColor);
+    p.drawText(groupCaptionRect(row), Qt::AlignLeft | Qt::AlignVCenter, m_model->groupRowText(row));
+    p.setPen(kGridLine);
+    p.drawLine(gr.bottomLeft(), gr.bottomRight());
+}
+
+void GridTableView::paintGroupFooterRow(QPainter &p, qsizetype row, const QRect &r, int level, bool focused)
+{
+    const int contentRight = firstColumnX() + m_totalWidth;
+    const int fx = indicatorWidth() - horizontalScrollBar()->value() + (level + 1) * kIndentStep;
+    const QRect fr(fx, r.y(), std::max(contentRight, r.right()) - fx + 1, r.height());
+    CellStyle st = resolvedStyle(GridElement::Footer);
+    if (m_sheet.has(GridElement::GroupSummary)) {
+        const CellStyle gs = m_sheet.style(GridElement::GroupSummary);
+        if (gs.font)
+            st.font = gs.font;
+        if (gs.textColor)
+            st.textColor = gs.textColor;
+    }
+    const CellStyle ts = focused ? focusedRowStyle(st) : st;
+    p.fillRect(fr, *ts.color);
+    p.setFont(*st.font);
+    for (int i = 0; i < m_visible.size(); ++i) {
+        const int col = m_visible[i];
+        const QString t = m_model->groupFooterTextForColumn(row, col);
+        if (t.isEmpty())
+            continue;
+        QRect cr(firstColumnX() + m_left[i], r.y(), columnWidth(col), r.height());
+        cr.setLeft(std::max(cr.left(), fx));
+        p.setPen(kGridLine);
+        p.drawRect(cr.adjusted(1, 1, -2, -2));
+        paintCellText(p, cr, QString(t).replace(QLatin1Char('\n'), QLatin1String("; ")), col, ts);
+    }
+    p.setPen(kGridLine);
+    p.drawLine(fr.bottomLeft(), fr.bottomRight());
 }
 
 } // namespace ui

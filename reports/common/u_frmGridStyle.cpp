@@ -47,6 +47,31 @@ TfrmGridStyle::TfrmGridStyle(FormSession &session, QWidget *parent) : QDialog(pa
     setModal(false);
     resize(560, 380);
 
+    createQuery();
+
+    auto *outer = new QVBoxLayout(this);
+
+    auto *keyRow = new QHBoxLayout;
+    lblGrid = new QLabel(QStringLiteral("Grid"), this);
+    lblGrid->setObjectName(QStringLiteral("lblGrid"));
+    lblGridName = new QLabel(this);
+    lblGridName->setObjectName(QStringLiteral("lblGridName"));
+    QFont bf = lblGridName->font();
+    bf.setBold(true);
+    lblGridName->setFont(bf);
+    lblGrid->setBuddy(lblGridName);
+    keyRow->addWidget(lblGrid);
+    keyRow->addWidget(lblGridName, 1);
+    outer->addLayout(keyRow);
+
+    createGrid();
+    outer->addWidget(cxGrid1, 1);
+    outer->addLayout(createButtonRow());
+}
+
+// The saved styles of the grid, each row only its creator's to change.
+void TfrmGridStyle::createQuery()
+{
     ds_style = new db::Query(this);
     ds_style->setObjectName(QStringLiteral("ds_style"));
     ds_style->setSql(rep::gridStyleSql());
@@ -65,22 +90,10 @@ TfrmGridStyle::TfrmGridStyle(FormSession &session, QWidget *parent) : QDialog(pa
     ds_style->beforeDelete = [this](db::DataSet &ds) {
         requireOwner(ds, m_session.issuer(), QStringLiteral("Nu puteti sterge o inregistare creata de alt emitent!"));
     };
+}
 
-    auto *outer = new QVBoxLayout(this);
-
-    auto *keyRow = new QHBoxLayout;
-    lblGrid = new QLabel(QStringLiteral("Grid"), this);
-    lblGrid->setObjectName(QStringLiteral("lblGrid"));
-    lblGridName = new QLabel(this);
-    lblGridName->setObjectName(QStringLiteral("lblGridName"));
-    QFont bf = lblGridName->font();
-    bf.setBold(true);
-    lblGridName->setFont(bf);
-    lblGrid->setBuddy(lblGridName);
-    keyRow->addWidget(lblGrid);
-    keyRow->addWidget(lblGridName, 1);
-    outer->addLayout(keyRow);
-
+void TfrmGridStyle::createGrid()
+{
     cxGrid1 = new ui::Grid(this);
     cxGrid1->setObjectName(QStringLiteral("cxGrid1"));
     cxGrid1DBTableView1 = cxGrid1->view();
@@ -108,8 +121,11 @@ TfrmGridStyle::TfrmGridStyle(FormSession &session, QWidget *parent) : QDialog(pa
     // Rows are posted by leaving them or by "Salveaza".
     nav->setButtonVisible(ui::GridNavigator::Post, false);
     nav->setButtonEnabled(ui::GridNavigator::Post, false);
-    outer->addWidget(cxGrid1, 1);
+}
 
+// The filter of active / inactive styles, "Salveaza" and "Restaureaza".
+QHBoxLayout *TfrmGridStyle::createButtonRow()
+{
     auto *bottom = new QHBoxLayout;
     rgFiltru = new QGroupBox(QStringLiteral(" Filtru "), this);
     rgFiltru->setObjectName(QStringLiteral("rgFiltru"));
@@ -137,7 +153,7 @@ TfrmGridStyle::TfrmGridStyle(FormSession &session, QWidget *parent) : QDialog(pa
     connect(btnRestaureaza, &QPushButton::clicked, this, [this] { ui::guarded([this] { btnRestaureazaClick(); }); });
     bottom->addWidget(btnSalveaza);
     bottom->addWidget(btnRestaureaza);
-    outer->addLayout(bottom);
+    return bottom;
 }
 
 TfrmGridStyle::~TfrmGridStyle() = default;

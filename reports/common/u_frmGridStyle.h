@@ -15,6 +15,7 @@
 
 class QButtonGroup;
 class QGroupBox;
+class QHBoxLayout;
 class QLabel;
 class QPushButton;
 class QRadioButton;
@@ -64,6 +65,10 @@ protected:
     void showEvent(QShowEvent *e) override;
 
 private:
+    void createQuery();
+    void createGrid();
+    QHBoxLayout *createButtonRow();
+
     FormSession &m_session;
     QButtonGroup *m_filterGroup = nullptr;
     bool m_placed = false;

@@ -59,7 +59,33 @@ void TReportForm::buildForm()
     outer->setContentsMargins(6, 6, 6, 0);
     outer->setSpacing(4);
 
-    // ----- parameter strip: title, editors, "Cauta" ... style button at the right
+    buildParamStrip(outer);
+
+    // ----- the grid fills the form
+    buildGrid();
+    outer->addWidget(m_grid, 1);
+
+    // ----- export buttons at the bottom left
+    if (!m_desc.exports.isEmpty() && !m_desc.exportsBesideParams) {
+        auto *bottom = new QHBoxLayout;
+        addExportButtons(bottom);
+        bottom->addStretch(1);
+        outer->addLayout(bottom);
+    }
+
+    if (m_desc.statusBar) {
+        m_statusBar = new QStatusBar(this);
+        m_statusBar->setObjectName(QStringLiteral("StatusBar1"));
+        m_statusBar->setSizeGripEnabled(false);
+        outer->addWidget(m_statusBar);
+    } else {
+        outer->addSpacing(4);
+    }
+}
+
+// The parameter strip: title, editors, "Cauta" ... style button at the right.
+void TReportForm::buildParamStrip(QVBoxLayout *outer)
+{
     auto *top = new QHBoxLayout;
     top->setSpacing(8);
     outer->addLayout(top);
@@ -86,27 +112,7 @@ void TReportForm::buildForm()
         top->addLayout(strip);
     }
 
-    for (const rep::EditorDesc &e : std::as_const(m_desc.editors)) {
-        QWidget *w = nullptr;
-        switch (e.kind) {
-        case rep::EditorKind::Date: w = new ui::DateEdit(editorHost); break;
-        case rep::EditorKind::ButtonEdit: w = new ui::ButtonEdit(editorHost); break;
-        case rep::EditorKind::Text: w = new QLineEdit(editorHost); break;
-        }
-        w->setObjectName(e.objectName);
-        if (e.width > 0)
-            w->setFixedWidth(e.width);
-        if (!e.label.isEmpty()) {
-            auto *lbl = new QLabel(e.label, editorHost);
-            lbl->setObjectName(QStringLiteral("lbl") + e.objectName);
-            lbl->setBuddy(w);
-            w->setAccessibleName(e.label);
-            strip->addWidget(lbl);
-        }
-        strip->addWidget(w);
-        m_editors.append(w);
-        wireEditor(e, w);
-    }
+    addEditors(editorHost, strip);
 
     m_run = new QPushButton(m_desc.runCaption, editorHost);
     m_run->setObjectName(m_desc.runButtonName);
@@ -136,26 +142,30 @@ void TReportForm::buildForm()
         m_style = b;
         connect(b, &QPushButton::clicked, this, [this] { ui::guarded([this] { styleButtonClick(); }); });
     }
+}
 
-    // ----- the grid fills the form
-    buildGrid();
-    outer->addWidget(m_grid, 1);
-
-    // ----- export buttons at the bottom left
-    if (!m_desc.exports.isEmpty() && !m_desc.exportsBesideParams) {
-        auto *bottom = new QHBoxLayout;
-        addExportButtons(bottom);
-        bottom->addStretch(1);
-        outer->addLayout(bottom);
-    }
-
-    if (m_desc.statusBar) {
-        m_statusBar = new QStatusBar(this);
-        m_statusBar->setObjectName(QStringLiteral("StatusBar1"));
-        m_statusBar->setSizeGripEnabled(false);
-        outer->addWidget(m_statusBar);
-    } else {
-        outer->addSpacing(4);
+void TReportForm::addEditors(QWidget *editorHost, QHBoxLayout *strip)
+{
+    for (const rep::EditorDesc &e : std::as_const(m_desc.editors)) {
+        QWidget *w = nullptr;
+        switch (e.kind) {
+        case rep::EditorKind::Date: w = new ui::DateEdit(editorHost); break;
+        case rep::EditorKind::ButtonEdit: w = new ui::ButtonEdit(editorHost); break;
+        case rep::EditorKind::Text: w = new QLineEdit(editorHost); break;
+        }
+        w->setObjectName(e.objectName);
+        if (e.width > 0)
+            w->setFixedWidth(e.width);
+        if (!e.label.isEmpty()) {
+            auto *lbl = new QLabel(e.label, editorHost);
+            lbl->setObjectName(QStringLiteral("lbl") + e.objectName);
+            lbl->setBuddy(w);
+            w->setAccessibleName(e.label);
+            strip->addWidget(lbl);
+        }
+        strip->addWidget(w);
+        m_editors.append(w);
+        wireEditor(e, w);
     }
 }
 

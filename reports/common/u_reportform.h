@@ -23,10 +23,12 @@
 #include <QWidget>
 
 class QBoxLayout;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QStatusBar;
+class QVBoxLayout;
 
 namespace ui {
 class DateEdit;
@@ -104,6 +106,8 @@ protected:
 private:
     class FormRunHost;
     void buildForm();
+    void buildParamStrip(QVBoxLayout *outer);
+    void addEditors(QWidget *editorHost, QHBoxLayout *strip);
     void buildGrid();
     void addExportButtons(QBoxLayout *into);
     void wireEditor(const rep::EditorDesc &e, QWidget *w);

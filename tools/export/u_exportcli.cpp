@@ -13,12 +13,16 @@
 #include "grid/u_gridlayout.h"
 #include "grid/u_gridmodel.h"
 
+#include <QCommandLineOption>
+#include <QCommandLineParser>
 #include <QElapsedTimer>
+#include <QHash>
 
 #include <csignal>
 #include <cstdio>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace cli {
 
@@ -39,31 +43,56 @@ void printOut(const QString &text)
     std::fputc('\n', stdout);
 }
 
-// The export kinds each format stands for (the account sheet's csv writes to
-// its status bar on screen; here it is the same file).
+// The formats and the export kinds each stands for (the account sheet's csv
+// writes to its status bar on screen; here it is the same file). A new format
+// is a row here.
+struct FormatSpec {
+    const char *name;
+    QList<rep::ExportKind> kinds;
+};
+
+const std::vector<FormatSpec> &formats()
+{
+    static const std::vector<FormatSpec> table{
+        {"csv-grid", {rep::ExportKind::GridCsv, rep::ExportKind::GridCsvStatus}},
+        {"csv-all", {rep::ExportKind::AllDataCsv}},
+        {"text", {rep::ExportKind::GridText}},
+        {"xlsx", {rep::ExportKind::GridXlsx}},
+    };
+    return table;
+}
+
 QList<rep::ExportKind> kindsOf(const QString &format)
 {
-    if (format == QLatin1String("csv-grid"))
-        return {rep::ExportKind::GridCsv, rep::ExportKind::GridCsvStatus};
-    if (format == QLatin1String("csv-all"))
-        return {rep::ExportKind::AllDataCsv};
-    if (format == QLatin1String("text"))
-        return {rep::ExportKind::GridText};
-    if (format == QLatin1String("xlsx"))
-        return {rep::ExportKind::GridXlsx};
+    for (const FormatSpec &f : formats())
+        if (format == QLatin1String(f.name))
+            return f.kinds;
     return {};
+}
+
+QStringList formatNames()
+{
+    QStringList out;
+    for (const FormatSpec &f : formats())
+        out << QString::fromLatin1(f.name);
+    return out;
+}
+
+// "a, b, c sau d"
+QString spokenList(QStringList items)
+{
+    const QString last = items.takeLast();
+    return items.isEmpty() ? last : items.join(QStringLiteral(", ")) + QStringLiteral(" sau ") + last;
 }
 
 // The formats of the export buttons the desktop form has (--list-reports).
 QStringList formatsOf(const rep::ReportDesc &d)
 {
     QStringList out;
-    for (const char *f : {"csv-grid", "csv-all", "text", "xlsx"}) {
-        const QString format = QString::fromLatin1(f);
-        for (rep::ExportKind k : kindsOf(format))
-            if (d.exportOf(k) && !out.contains(format))
-                out << format;
-    }
+    for (const FormatSpec &f : formats())
+        for (rep::ExportKind k : f.kinds)
+            if (d.exportOf(k) && !out.contains(QLatin1String(f.name)))
+                out << QString::fromLatin1(f.name);
     return out;
 }
 
@@ -326,7 +355,7 @@ QString usageText()
         "Utilizare:\n"
         "  tkquarv-export --host H --port P --database D --issuer COD\n"
         "                 --report NUME --from DATA --to DATA [--account CONTS]\n"
-        "                 [--style NUME] --format csv-grid|csv-all|text|xlsx --output FISIER\n"
+        "                 [--style NUME] --format %1 --output FISIER\n"
         "                 [--password-stdin] [--separator C] [--quiet]\n"
         "  tkquarv-export --list-reports\n"
         "  tkquarv-export --host H --port P --database D --issuer COD --report NUME --list-styles\n"
@@ -335,7 +364,8 @@ QString usageText()
         "Parola emitentului se citeste de pe terminal, fara ecou, sau cu --password-stdin\n"
         "din prima linie a intrarii standard; niciodata din argumente.\n"
         "Coduri de iesire: 0 reusit; 1 o verificare, conectarea, baza de date sau fisierul;\n"
-        "2 o linie de comanda gresita; 130 sau 143 oprit cu Ctrl+C sau SIGTERM (Anulat).");
+        "2 o linie de comanda gresita; 130 sau 143 oprit cu Ctrl+C sau SIGTERM (Anulat).")
+        .arg(formatNames().join(u'|'));
 }
 
 QDate parseDate(const QString &text)
@@ -346,70 +376,124 @@ QDate parseDate(const QString &text)
     return d;
 }
 
-Options parseArguments(const QStringList &args)
-{
-    Options o;
-    auto value = [&](qsizetype &i) -> QString {
-        if (i + 1 >= args.size() || args.at(i + 1).startsWith(QLatin1String("--")))
-            throw UsageError{QStringLiteral("Optiunea %1 cere o valoare.").arg(args.at(i))};
-        return args.at(++i);
-    };
-    auto date = [&](qsizetype &i) {
-        const QString name = args.at(i), text = value(i);
-        const QDate d = parseDate(text);
-        if (!d.isValid())
-            throw UsageError{QStringLiteral("%1 \"%2\" nu este o data (zz.LL.aaaa sau aaaa-LL-zz).").arg(name, text)};
-        return d;
-    };
-    for (qsizetype i = 1; i < args.size(); ++i) {
-        const QString &a = args.at(i);
-        if (a == QLatin1String("--host"))
-            o.host = value(i);
-        else if (a == QLatin1String("--port")) {
-            bool ok = false;
-            const QString text = value(i);
-            o.port = text.toInt(&ok);
-            if (!ok || o.port < 1 || o.port > 65535)
-                throw UsageError{QStringLiteral("Portul \"%1\" nu este intre 1 si 65535.").arg(text)};
-        } else if (a == QLatin1String("--database"))
-            o.database = value(i);
-        else if (a == QLatin1String("--issuer"))
-            o.issuer = value(i);
-        else if (a == QLatin1String("--report"))
-            o.report = value(i);
-        else if (a == QLatin1String("--from"))
-            o.from = date(i);
-        else if (a == QLatin1String("--to"))
-            o.to = date(i);
-        else if (a == QLatin1String("--account"))
-            o.account = value(i);
-        else if (a == QLatin1String("--style"))
-            o.style = value(i);
-        else if (a == QLatin1String("--format"))
-            o.format = value(i);
-        else if (a == QLatin1String("--output"))
-            o.output = value(i);
-        else if (a == QLatin1String("--separator")) {
-            const QString text = value(i);
-            if (text.size() != 1)
-                throw UsageError{QStringLiteral("Separatorul trebuie sa fie un singur caracter, nu \"%1\".").arg(text)};
-            o.separator = text.at(0);
-        } else if (a == QLatin1String("--password-stdin"))
-            o.passwordStdin = true;
-        else if (a == QLatin1String("--quiet"))
-            o.quiet = true;
-        else if (a == QLatin1String("--list-reports"))
-            o.listReports = true;
-        else if (a == QLatin1String("--list-styles"))
-            o.listStyles = true;
-        else if (a == QLatin1String("--password") || a.startsWith(QLatin1String("--password=")))
-            throw UsageError{QStringLiteral("Parola nu se da in linia de comanda: folositi --password-stdin.")};
-        else
-            throw UsageError{QStringLiteral("Optiune necunoscuta: %1").arg(a)};
-    }
-    if (o.listReports)
-        return o;
+namespace {
 
+// The options, in one place: a value-less option is a switch. Each takes its
+// value into Options, or throws UsageError.
+struct OptionSpec {
+    const char *name;
+    const char *valueName; // nullptr: a switch
+    void (*take)(Options &o, const QString &value);
+};
+
+QDate takeDate(const char *option, const QString &text)
+{
+    const QDate d = parseDate(text);
+    if (!d.isValid())
+        throw UsageError{
+            QStringLiteral("--%1 \"%2\" nu este o data (zz.LL.aaaa sau aaaa-LL-zz).").arg(QLatin1String(option), text)};
+    return d;
+}
+
+const std::vector<OptionSpec> &optionSpecs()
+{
+    static const std::vector<OptionSpec> table{
+        {"host", "H", [](Options &o, const QString &v) { o.host = v; }},
+        {"port", "P",
+         [](Options &o, const QString &v) {
+             bool ok = false;
+             o.port = v.toInt(&ok);
+             if (!ok || o.port < 1 || o.port > 65535)
+                 throw UsageError{QStringLiteral("Portul \"%1\" nu este intre 1 si 65535.").arg(v)};
+         }},
+        {"database", "D", [](Options &o, const QString &v) { o.database = v; }},
+        {"issuer", "COD", [](Options &o, const QString &v) { o.issuer = v; }},
+        {"report", "NUME", [](Options &o, const QString &v) { o.report = v; }},
+        {"from", "DATA", [](Options &o, const QString &v) { o.from = takeDate("from", v); }},
+        {"to", "DATA", [](Options &o, const QString &v) { o.to = takeDate("to", v); }},
+        {"account", "CONTS", [](Options &o, const QString &v) { o.account = v; }},
+        {"style", "NUME", [](Options &o, const QString &v) { o.style = v; }},
+        {"format", "FORMAT", [](Options &o, const QString &v) { o.format = v; }},
+        {"output", "FISIER", [](Options &o, const QString &v) { o.output = v; }},
+        {"separator", "C",
+         [](Options &o, const QString &v) {
+             if (v.size() != 1)
+                 throw UsageError{QStringLiteral("Separatorul trebuie sa fie un singur caracter, nu \"%1\".").arg(v)};
+             o.separator = v.at(0);
+         }},
+        {"password-stdin", nullptr, [](Options &o, const QString &) { o.passwordStdin = true; }},
+        {"quiet", nullptr, [](Options &o, const QString &) { o.quiet = true; }},
+        {"list-reports", nullptr, [](Options &o, const QString &) { o.listReports = true; }},
+        {"list-styles", nullptr, [](Options &o, const QString &) { o.listStyles = true; }},
+    };
+    return table;
+}
+
+const OptionSpec *findOption(QStringView name)
+{
+    for (const OptionSpec &spec : optionSpecs())
+        if (name == QLatin1String(spec.name))
+            return &spec;
+    return nullptr;
+}
+
+// The first argument not written as the exporter takes it ("--name value" or
+// "--name"), with its message and the count of options before it. The parser
+// alone would also take --name=value, -name, "--", loose words and a value
+// that looks like an option, and would say so in English.
+struct Fault {
+    qsizetype optionsBefore;
+    QString text;
+};
+
+std::optional<Fault> firstFault(const QStringList &args)
+{
+    qsizetype options = 0;
+    for (qsizetype i = 1; i < args.size(); ++i, ++options) {
+        const QString &a = args.at(i);
+        const OptionSpec *spec = a.startsWith(QLatin1String("--")) ? findOption(QStringView(a).mid(2)) : nullptr;
+        if (!spec && (a == QLatin1String("--password") || a.startsWith(QLatin1String("--password="))))
+            return Fault{options, QStringLiteral("Parola nu se da in linia de comanda: folositi --password-stdin.")};
+        if (!spec)
+            return Fault{options, QStringLiteral("Optiune necunoscuta: %1").arg(a)};
+        if (!spec->valueName)
+            continue;
+        if (i + 1 >= args.size() || args.at(i + 1).startsWith(QLatin1String("--")))
+            return Fault{options, QStringLiteral("Optiunea %1 cere o valoare.").arg(a)};
+        ++i;
+    }
+    return std::nullopt;
+}
+
+// The options as given, each taken in the order written, so that the first
+// wrong one is the one reported.
+Options readOptions(const QStringList &args)
+{
+    QCommandLineParser parser;
+    for (const OptionSpec &spec : optionSpecs())
+        parser.addOption(QCommandLineOption(QString::fromLatin1(spec.name), QString(),
+                                            spec.valueName ? QString::fromLatin1(spec.valueName) : QString()));
+    const std::optional<Fault> fault = firstFault(args);
+    // Up to the fault the arguments are as the parser reads them too; its
+    // own verdict (in English) is not needed.
+    parser.parse(args);
+    const QStringList found = parser.optionNames();
+    const qsizetype taken = fault ? fault->optionsBefore : found.size();
+    Options o;
+    QHash<QString, qsizetype> seen;
+    for (qsizetype k = 0; k < taken; ++k) {
+        const QString &name = found.at(k);
+        const OptionSpec *spec = findOption(name);
+        spec->take(o, spec->valueName ? parser.values(name).at(seen[name]++) : QString());
+    }
+    if (fault)
+        throw UsageError{fault->text};
+    return o;
+}
+
+// What the options ask must fit the report named.
+void checkOptions(const Options &o)
+{
     requireConnection(o);
     const rep::CatalogEntry *entry = rep::findReport(o.report);
     if (!entry)
@@ -420,7 +504,7 @@ Options parseArguments(const QStringList &args)
     if (o.listStyles) {
         if (d.styleKey.isEmpty())
             throw UsageError{QStringLiteral("Raportul %1 nu are stiluri de prezentare.").arg(o.report)};
-        return o;
+        return;
     }
     if (o.account && !accountEditor(d))
         throw UsageError{QStringLiteral("Raportul %1 nu are cont (--account).").arg(o.report)};
@@ -428,7 +512,16 @@ Options parseArguments(const QStringList &args)
         throw UsageError{QStringLiteral("Lipsesc --format sau --output.")};
     // Every report in every format, whatever export buttons its form has.
     if (kindsOf(o.format).isEmpty())
-        throw UsageError{QStringLiteral("Format necunoscut: \"%1\" (csv-grid, csv-all, text sau xlsx).").arg(o.format)};
+        throw UsageError{QStringLiteral("Format necunoscut: \"%1\" (%2).").arg(o.format, spokenList(formatNames()))};
+}
+
+} // namespace
+
+Options parseArguments(const QStringList &args)
+{
+    const Options o = readOptions(args);
+    if (!o.listReports)
+        checkOptions(o);
     return o;
 }
 
