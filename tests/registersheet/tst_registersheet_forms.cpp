@@ -44,7 +44,7 @@ QString readFile(const QString &path)
 
 } // namespace
 
-class TestReports1Forms : public QObject {
+class TestRegisterSheetForms : public QObject {
     Q_OBJECT
     std::unique_ptr<TestSession> m_session;
     ui::RecordingMessages *m_msg = nullptr;
@@ -356,5 +356,5 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
     }
 };
 
-QTEST_MAIN(TestReports1Forms)
-#include "tst_reports1_forms.moc"
+QTEST_MAIN(TestRegisterSheetForms)
+#include "tst_registersheet_forms.moc"

@@ -50,7 +50,7 @@ QString errorOf(TReportForm *f)
 
 } // namespace
 
-class TestReports2 : public QObject {
+class TestAnalysisForms : public QObject {
     Q_OBJECT
     std::unique_ptr<TestSession> m_session;
     ui::RecordingMessages *m_msg = nullptr;
@@ -541,5 +541,5 @@ insert into doc_poz (data_doc, tip_doc, nr_doc, scv, articol, com_int, chelt_ven
     }
 };
 
-QTEST_MAIN(TestReports2)
-#include "tst_reports2.moc"
+QTEST_MAIN(TestAnalysisForms)
+#include "tst_analysisforms.moc"

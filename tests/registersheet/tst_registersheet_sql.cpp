@@ -18,7 +18,7 @@ QDate d(const char *iso) { return QDate::fromString(QString::fromLatin1(iso), Qt
 
 } // namespace
 
-class TestReports1Sql : public QObject {
+class TestRegisterSheetSql : public QObject {
     Q_OBJECT
     db::Connection m_conn;
 
@@ -229,5 +229,5 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
     }
 };
 
-QTEST_GUILESS_MAIN(TestReports1Sql)
-#include "tst_reports1_sql.moc"
+QTEST_GUILESS_MAIN(TestRegisterSheetSql)
+#include "tst_registersheet_sql.moc"
