@@ -335,51 +335,70 @@ private slots:
         QCOMPARE(f.statusText(), QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
         QCOMPARE(readLines(dir + QStringLiteral("/e.csv")), a);
         QCOMPARE(m_msg->informations.size(), 2);
-
-        // Names typed without an extension get the variant's; the status bar
-        // names the file written; an extension of the operator's own stays.
-        const struct {
-            rep::ExportKind kind;
-            const char *typed;
-            const char *written;
-            const char *status;
-        } bare[] = {{rep::ExportKind::GridCsv, "/fara", "/fara.csv", "/fara.csv"},
-                    {rep::ExportKind::AllDataCsv, "/toate", "/toate.csv", "/toate.csv"},
-                    {rep::ExportKind::GridText, "/text.", "/text.csv", nullptr},
-                    {rep::ExportKind::GridXlsx, "/registru", "/registru.xlsx", nullptr},
-                    {rep::ExportKind::GridCsvStatus, "/fisa", "/fisa.csv", "/fisa.csv"},
-                    {rep::ExportKind::GridCsv, "/ales.txt", "/ales.txt", "/ales.txt"}};
-        for (const auto &c : bare) {
-            f.setStatusText(QString());
-            dlg.answers << dir + QLatin1String(c.typed);
-            f.exportButton(c.kind)->click();
-            QVERIFY2(QFile::exists(dir + QLatin1String(c.written)), c.written);
-            if (QLatin1String(c.typed) != QLatin1String(c.written))
-                QVERIFY2(!QFile::exists(dir + QLatin1String(c.typed)), c.typed);
-            if (c.status)
-                QVERIFY2(f.statusText().endsWith(dir + QLatin1String(c.status)), qPrintable(f.statusText()));
-        }
-        QFile reg(dir + QStringLiteral("/registru.xlsx"));
-        QVERIFY(reg.open(QIODevice::ReadOnly));
-        QCOMPARE(reg.read(2), QByteArray("PK"));
         QVERIFY(m_msg->errors.isEmpty());
-        m_msg->clear();
-        f.setStatusText(QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
+    }
 
-        // Cancel: nothing at all.
+    // Names typed without an extension get the variant's; the status bar
+    // names the file written; an extension of the operator's own stays.
+    void exportNames_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("written");
+        QTest::addColumn<bool>("inStatus");
+        QTest::newRow("grid csv") << int(rep::ExportKind::GridCsv) << QStringLiteral("/fara")
+                                  << QStringLiteral("/fara.csv") << true;
+        QTest::newRow("all data") << int(rep::ExportKind::AllDataCsv) << QStringLiteral("/toate")
+                                  << QStringLiteral("/toate.csv") << true;
+        QTest::newRow("text, trailing dot") << int(rep::ExportKind::GridText) << QStringLiteral("/text.")
+                                            << QStringLiteral("/text.csv") << false;
+        QTest::newRow("workbook") << int(rep::ExportKind::GridXlsx) << QStringLiteral("/registru")
+                                  << QStringLiteral("/registru.xlsx") << false;
+        QTest::newRow("csv to status") << int(rep::ExportKind::GridCsvStatus) << QStringLiteral("/fisa")
+                                       << QStringLiteral("/fisa.csv") << true;
+        QTest::newRow("own extension") << int(rep::ExportKind::GridCsv) << QStringLiteral("/ales.txt")
+                                       << QStringLiteral("/ales.txt") << true;
+    }
+    void exportNames()
+    {
+        QFETCH(int, kind);
+        QFETCH(QString, typed);
+        QFETCH(QString, written);
+        QFETCH(bool, inStatus);
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
+        setPeriod(&f, QDate(2024, 1, 1), QDate(2024, 4, 30));
+        f.Cauta();
+        QTemporaryDir out;
+        ui::ScopedQueuedFileDialog dlg;
+        dlg.answers << out.path() + typed;
+        f.exportButton(rep::ExportKind(kind))->click();
+        QVERIFY(m_msg->errors.isEmpty());
+        QCOMPARE(QDir(out.path()).entryList(QDir::Files | QDir::Hidden), QStringList{written.mid(1)});
+        if (inStatus)
+            QVERIFY2(f.statusText().endsWith(out.path() + written), qPrintable(f.statusText()));
+    }
+
+    // Cancelled: nothing at all; a file that cannot be written: the error,
+    // the cleared status, no "ok"; with no Documents folder the backslash
+    // of the proposed name still leads.
+    void exportCancelledOrRefused()
+    {
+        Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
+        setPeriod(&f, QDate(2024, 1, 1), QDate(2024, 4, 30));
+        f.Cauta();
+        ui::ScopedQueuedFileDialog dlg;
+        f.setStatusText(QStringLiteral("inainte"));
         f.exportButton(rep::ExportKind::GridCsv)->click(); // the queue is empty: a cancel
-        QCOMPARE(f.statusText(), QStringLiteral("fisier exportat: ") + dir + QStringLiteral("/e.csv"));
-        QVERIFY(m_msg->informations.isEmpty());
-        QVERIFY(m_msg->errors.isEmpty());
+        QCOMPARE(f.statusText(), QStringLiteral("inainte"));
+        QVERIFY(m_msg->all.isEmpty());
 
-        // A file that cannot be written: the error, the cleared status, no "ok".
         dlg.answers << QStringLiteral("/nu/exista/a.csv");
         f.exportButton(rep::ExportKind::GridCsv)->click();
         QCOMPARE(m_msg->errors.size(), 1);
         QVERIFY(f.statusText().isEmpty());
         QVERIFY(m_msg->informations.isEmpty());
 
-        // With no Documents folder the backslash still leads.
+        const QString dir = docs();
         m_session->dm->caleDocumente.clear();
         f.exportButton(rep::ExportKind::GridText)->click();
         QCOMPARE(dlg.askedNames.last(), QStringLiteral("/Proba.csv"));
