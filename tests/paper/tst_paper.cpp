@@ -1,11 +1,13 @@
 // Grids on paper: the PDF read back with pdftotext and pdfinfo (what is on
 // every page, the grid as shown, columns continued across pages, wrapped
-// text, a stopped run), the grid's menu and Ctrl+P, and a report form's
-// page header.
+// text, a stopped run), the grid's menu and Ctrl+P, a report form's page
+// header, and the exporter's PDF of the same run.
 
 #include "db/u_busy.h"
 #include "grid/u_gridmodel.h"
+#include "paper/u_fonts.h"
 #include "paper/u_gridpaper.h"
+#include "reports/u_frmAnalizaRegistruJurnal.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
 #include "tests/gridcore/u_testdataset.h"
 #include "tests/support/u_testsession.h"
@@ -106,6 +108,9 @@ class TestPaper : public QObject {
     QString file(const QString &name) const { return m_dir.filePath(name); }
 
 private slots:
+    // The program's fonts, as the desktop program and the exporter install them.
+    void initTestCase() { paper::installFontSubstitutes(); }
+
     // Every page carries the title, the period, the issuer, the time, the
     // column headers and its number; the rows are those shown: groups with
     // their captions and sums, a collapsed group as its group row only, no
@@ -308,6 +313,57 @@ private slots:
         QCOMPARE(save.askedNames.size(), 1);
         QVERIFY2(save.askedNames[0].startsWith(session.docs.path()), qPrintable(save.askedNames[0]));
         QVERIFY(save.askedNames[0].endsWith(QStringLiteral("FisaContAnalitic.pdf")));
+    }
+
+    // tkquarv-export --format pdf writes what "Export PDF..." writes after the
+    // same run (the time of printing aside).
+    void exporterWritesTheFormsPdf()
+    {
+        PgTestServer &pg = PgTestServer::instance();
+        pg.exec(QStringLiteral(R"(
+insert into emitent (emitent, operator_parola, loc) values ('OP1', 'secret', '01.01');
+insert into tip_doc (tip_doc, den_tip_doc) values ('FACT', 'Factura');
+insert into conts (conts, den_conts) values ('4111', 'Clienti'), ('707', 'Venituri');
+insert into conta (conts, conta, den_conta) values ('4111', 'A', 'A'), ('707', 'V', 'V');
+insert into doc (data_doc, tip_doc, nr_doc, partener) values ('2024-03-05', 'FACT', '1', 'Şcoala Ţării');
+insert into reg_jurnal (data_reg_jurnal, data_doc, tip_doc, nr_doc, conts_db, conta_db, moneda_db, val_mon_db,
+                        valoare_lei, conts_cr, conta_cr, moneda_cr, val_mon_cr, explicatie) values
+  ('2024-03-05', '2024-03-05', 'FACT', '1', '4111', 'A', 'RON', 100, 100, '707', 'V', 'RON', 100, 'vânzare în rate');
+)"));
+        const QString fromExporter = file(QStringLiteral("export.pdf"));
+        QProcess p;
+        p.start(QStringLiteral(QUARV_EXPORT_EXE),
+                {QStringLiteral("--host"), pg.host(), QStringLiteral("--port"), QString::number(pg.port()),
+                 QStringLiteral("--database"), pg.database(), QStringLiteral("--issuer"), QStringLiteral("OP1"),
+                 QStringLiteral("--password-stdin"), QStringLiteral("--report"), QStringLiteral("frmAnalizaRegistruJurnal"),
+                 QStringLiteral("--from"), QStringLiteral("01.03.2024"), QStringLiteral("--to"), QStringLiteral("31.03.2024"),
+                 QStringLiteral("--format"), QStringLiteral("pdf"), QStringLiteral("--output"), fromExporter,
+                 QStringLiteral("--quiet")});
+        p.write("secret\n");
+        p.closeWriteChannel();
+        QVERIFY(p.waitForFinished(120000));
+        QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
+
+        TestSession session(QStringLiteral("OP1"));
+        TfrmAnalizaRegistruJurnal f(*session.dm);
+        f.dateEdit(QStringLiteral("cxDateEdit1"))->setDate(QDate(2024, 3, 1));
+        f.dateEdit(QStringLiteral("cxDateEdit2"))->setDate(QDate(2024, 3, 31));
+        f.Cauta();
+        ui::ScopedQueuedFileDialog save;
+        const QString fromForm = file(QStringLiteral("form.pdf"));
+        save.answers << fromForm;
+        f.gridView()->exportPdf();
+
+        auto withoutTime = [](QStringList pages) {
+            for (QString &t : pages)
+                t.remove(QRegularExpression(QStringLiteral("Tiparit: [0-9.: ]+")));
+            return pages;
+        };
+        const QStringList expected = withoutTime(pdfPages(fromForm));
+        QVERIFY(!expected.isEmpty());
+        QVERIFY(expected[0].contains(QStringLiteral("vânzare în rate")));
+        QVERIFY(expected[0].contains(QStringLiteral("Emitent: OP1")));
+        QCOMPARE(withoutTime(pdfPages(fromExporter)), expected);
     }
 };
 

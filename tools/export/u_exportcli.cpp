@@ -12,6 +12,7 @@
 #include "db/u_query.h"
 #include "grid/u_gridlayout.h"
 #include "grid/u_gridmodel.h"
+#include "paper/u_gridpaper.h"
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
@@ -20,6 +21,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -48,7 +50,7 @@ void printOut(const QString &text)
 // is a row here.
 struct FormatSpec {
     const char *name;
-    QList<rep::ExportKind> kinds;
+    QList<rep::ExportKind> kinds; // none: the grid on paper (its header menu's "Export PDF...")
 };
 
 const std::vector<FormatSpec> &formats()
@@ -58,8 +60,17 @@ const std::vector<FormatSpec> &formats()
         {"csv-all", {rep::ExportKind::AllDataCsv}},
         {"text", {rep::ExportKind::GridText}},
         {"xlsx", {rep::ExportKind::GridXlsx}},
+        {"pdf", {}},
     };
     return table;
+}
+
+bool knownFormat(const QString &format)
+{
+    for (const FormatSpec &f : formats())
+        if (format == QLatin1String(f.name))
+            return true;
+    return false;
 }
 
 QList<rep::ExportKind> kindsOf(const QString &format)
@@ -89,10 +100,14 @@ QString spokenList(QStringList items)
 QStringList formatsOf(const rep::ReportDesc &d)
 {
     QStringList out;
-    for (const FormatSpec &f : formats())
+    for (const FormatSpec &f : formats()) {
+        // Every grid prints from its header menu.
+        bool has = f.kinds.isEmpty();
         for (rep::ExportKind k : f.kinds)
-            if (d.exportOf(k) && !out.contains(QLatin1String(f.name)))
-                out << QString::fromLatin1(f.name);
+            has = has || d.exportOf(k);
+        if (has)
+            out << QString::fromLatin1(f.name);
+    }
     return out;
 }
 
@@ -225,6 +240,23 @@ private:
     QHash<QString, QString> m_texts;
 };
 
+// What the pages of "Export PDF..." would say after the same run: the title,
+// the parameters as the editors would show them, the issuer, the time.
+paper::PageHeader pageHeader(const rep::ReportDesc &d, const Options &o, const CliHost &host)
+{
+    paper::PageHeader h;
+    h.title = d.title;
+    h.period = rep::parametersText(d, [&host](const rep::EditorDesc &e) {
+        if (e.kind != rep::EditorKind::Date)
+            return host.text(e.objectName);
+        const QDate date = host.date(e.objectName);
+        return date.isValid() ? date.toString(QStringLiteral("dd.MM.yyyy")) : QString();
+    });
+    h.issuer = o.issuer;
+    h.printedAt = QDateTime::currentDateTime();
+    return h;
+}
+
 void listReports()
 {
     for (const rep::CatalogEntry &e : rep::catalog()) {
@@ -313,20 +345,26 @@ int exportReport(const Options &o)
     if (o.style)
         grid::restoreGridLayout(model, styleLayout(conn, d, *o.style));
     // All the query's data needs no grid: its rows are not built for it.
-    const rep::ExportKind kind = kindsOf(o.format).constFirst();
+    const QList<rep::ExportKind> kinds = kindsOf(o.format);
+    const bool onPaper = kinds.isEmpty();
+    const rep::ExportKind kind = onPaper ? rep::ExportKind::GridXlsx : kinds.constFirst();
     const bool allData = kind == rep::ExportKind::AllDataCsv;
     if (!allData)
         model.setDataSet(&query);
 
     rep::ReportExport out(kind, o.output, o.separator.value_or(platform::listSeparator()));
-    out.streamFrom(query, [&progress](qsizetype rows) { progress.fetched(rows); });
+    if (!onPaper)
+        out.streamFrom(query, [&progress](qsizetype rows) { progress.fetched(rows); });
 
     const SignalWatch stopSignals;
     try {
         CliHost host(d, o, query, sessionRow, ownRow);
         rep::runReport(d, host);
         progress.line(QStringLiteral("%1 randuri citite").arg(query.rowCount()));
-        out.write(model, query);
+        if (onPaper)
+            paper::exportGridPdf(model, o.output, pageHeader(d, o, host));
+        else
+            out.write(model, query);
     } catch (const db::busy::Cancelled &) {
         throw Interrupted{SignalWatch::received()};
     }
@@ -511,7 +549,7 @@ void checkOptions(const Options &o)
     if (o.format.isEmpty() || o.output.isEmpty())
         throw UsageError{QStringLiteral("Lipsesc --format sau --output.")};
     // Every report in every format, whatever export buttons its form has.
-    if (kindsOf(o.format).isEmpty())
+    if (!knownFormat(o.format))
         throw UsageError{QStringLiteral("Format necunoscut: \"%1\" (%2).").arg(o.format, spokenList(formatNames()))};
 }
 
@@ -523,6 +561,14 @@ Options parseArguments(const QStringList &args)
     if (!o.listReports)
         checkOptions(o);
     return o;
+}
+
+bool needsFonts(int argc, char **argv)
+{
+    for (int i = 1; i + 1 < argc; ++i)
+        if (std::strcmp(argv[i], "--format") == 0 && std::strcmp(argv[i + 1], "pdf") == 0)
+            return true;
+    return false;
 }
 
 int run(const QStringList &args)

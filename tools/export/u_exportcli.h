@@ -5,7 +5,7 @@
 //
 //   tkquarv-export --host H --port P --database D --issuer CODE
 //                  --report NAME --from DATE --to DATE [--account CONTS]
-//                  [--style NAME] --format csv-grid|csv-all|text|xlsx --output FILE
+//                  [--style NAME] --format csv-grid|csv-all|text|xlsx|pdf --output FILE
 //                  [--password-stdin] [--separator C] [--quiet]
 //   tkquarv-export --list-reports
 //   tkquarv-export --host ... --issuer CODE --report NAME --list-styles
@@ -32,7 +32,7 @@ struct Options {
     QDate from, to;          // null: the editor left empty
     std::optional<QString> account;
     std::optional<QString> style;
-    QString format;          // csv-grid, csv-all, text, xlsx
+    QString format;          // csv-grid, csv-all, text, xlsx, pdf
     QString output;
     bool passwordStdin = false;
     std::optional<QChar> separator;
@@ -52,7 +52,10 @@ Options parseArguments(const QStringList &args);
 // dd.MM.yyyy or yyyy-MM-dd; a null date when neither.
 QDate parseDate(const QString &text);
 
-// The whole program after QCoreApplication: returns the exit code.
+// The whole program after the application object: returns the exit code.
 int run(const QStringList &args);
+// A PDF is laid out with fonts: the program then needs a QGuiApplication
+// (offscreen where there is no screen) rather than a QCoreApplication.
+bool needsFonts(int argc, char **argv);
 
 } // namespace cli
