@@ -417,7 +417,7 @@ private:
             paintRow(p, r, cols, width, y, h);
             rules.emplace_back(0, y + h, width, y + h);
             y += h;
-            db::busy::beat(m_rows * qsizetype(1 + band) + r + 1);
+            db::busy::beat(m_rows + ++m_painted);
         }
         if (m_hasFooter && chunk + 1 == m_starts.size()) {
             const double h = rowHeight(m_footerLines);
@@ -493,6 +493,7 @@ private:
     double m_lineHeight = 0, m_pad = 0, m_top = 0, m_headerRow = 0, m_bottom = 0;
 
     qsizetype m_rows = 0;
+    qsizetype m_painted = 0;         // rows painted so far, page after page
     bool m_hasFooter = false;
     int m_footerLines = 1;
     std::vector<quint8> m_lines;     // text lines of each display row
