@@ -337,19 +337,18 @@ private:
         }
     }
 
+    // Set glyph by glyph like the cells: the text machinery would join "fi"
+    // into one glyph, which a search for "Verificare" then misses.
     void paintHeader(QPainter &p, int page, int pages)
     {
-        p.setPen(Qt::black);
-        p.setFont(m_title->font);
         const double titleHeight = m_title->fm.height();
-        p.drawText(QRectF(0, 0, m_pageWidth, titleHeight), Qt::AlignLeft | Qt::AlignVCenter,
-                   m_title->fm.elidedText(m_header.title, Qt::ElideRight, m_pageWidth));
-        p.setFont(m_meta->font);
-        const QRectF meta(0, titleHeight, m_pageWidth, m_meta->fm.height());
-        p.drawText(meta, Qt::AlignLeft | Qt::AlignVCenter, m_header.period);
-        p.drawText(meta, Qt::AlignRight | Qt::AlignVCenter, issuerText(m_header));
-        p.drawText(QRectF(0, m_pageHeight - m_bottom, m_pageWidth, m_bottom), Qt::AlignHCenter | Qt::AlignBottom,
-                   pageNumberText(page, pages));
+        paintLine(p, *m_title, 0, 0, m_pageWidth, false, m_header.title);
+        paintLine(p, *m_meta, 0, titleHeight, m_pageWidth, false, m_header.period);
+        paintLine(p, *m_meta, 0, titleHeight, m_pageWidth, true, issuerText(m_header));
+        const QString number = pageNumberText(page, pages);
+        const double numberWidth = m_meta->width(number);
+        paintLine(p, *m_meta, (m_pageWidth - numberWidth) / 2, m_pageHeight - m_meta->fm.height(), numberWidth + 1,
+                  false, number);
     }
 
     // One line of a cell at its top, right-aligned for numbers; cut with an
@@ -444,7 +443,7 @@ private:
         p.drawLine(QPointF(0, tableTop), QPointF(width, tableTop));
         p.drawLine(QPointF(0, y), QPointF(width, y));
         p.setPen(Qt::black);
-        for (const Face *face : {&*m_body, &*m_bold, &*m_italic})
+        for (const Face *face : {&*m_body, &*m_bold, &*m_italic, &*m_title, &*m_meta})
             face->flush(p);
     }
 

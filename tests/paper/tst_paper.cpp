@@ -57,7 +57,7 @@ int pdfPageCount(const QString &path)
 
 paper::PageHeader header()
 {
-    return {QStringLiteral("Registru de proba"), QStringLiteral("Perioada de la : 01.01.2025 pana la : 31.01.2025"),
+    return {QStringLiteral("Registru de proba fiscal"), QStringLiteral("Perioada de la : 01.01.2025 pana la : 31.01.2025"),
             QStringLiteral("DEMO"), QDateTime(QDate(2026, 11, 24), QTime(9, 30))};
 }
 
@@ -131,7 +131,8 @@ private slots:
         QCOMPARE(pdfPageCount(pdf), int(pages.size()));
         for (int i = 0; i < pages.size(); ++i) {
             const QString &t = pages[i];
-            QVERIFY2(t.contains(QStringLiteral("Registru de proba")), qPrintable(t));
+            // searchable as typed: no "fi" joined into one glyph
+            QVERIFY2(t.contains(QStringLiteral("Registru de proba fiscal")), qPrintable(t));
             QVERIFY(t.contains(QStringLiteral("Perioada de la : 01.01.2025 pana la : 31.01.2025")));
             QVERIFY(t.contains(QStringLiteral("Emitent: DEMO")));
             QVERIFY(t.contains(QStringLiteral("24.11.2026 09:30")));
