@@ -205,6 +205,7 @@ private:
     void paintCheck(QPainter &p, const QRect &r, int state) const;
     void paintIndicator(QPainter &p, const QRect &r, bool focused) const;
     void moveFocusBy(qsizetype delta);
+    void closeEditor();
     QString editValueText(qsizetype row, int col, bool *fromBuffer = nullptr) const;
     bool isDataRow(qsizetype row) const;
     void onDataSetState();

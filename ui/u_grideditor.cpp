@@ -65,12 +65,7 @@ void GridTableView::commitEdit()
     const qsizetype row = m_editRow;
     const int col = m_editColumn;
     const QString text = m_editor->text();
-    m_editRow = -1;
-    m_editColumn = -1;
-    const bool hadFocus = m_editor->hasFocus();
-    m_editor->hide();
-    if (hadFocus)
-        setFocus();
+    closeEditor();
     db::DataSet *ds = dataSet();
     const bool inserting = row == insertRow();
     const qsizetype dr = m_model->dataRow(row);
@@ -89,8 +84,13 @@ void GridTableView::commitEdit()
 
 void GridTableView::cancelEdit()
 {
-    if (!isEditing())
-        return;
+    if (isEditing())
+        closeEditor();
+}
+
+// The editor hidden, the focus back on the grid where the editor had it.
+void GridTableView::closeEditor()
+{
     m_editRow = -1;
     m_editColumn = -1;
     const bool hadFocus = m_editor->hasFocus();

@@ -48,14 +48,14 @@ void printOut(const QString &text)
 // The formats and the export kinds each stands for (the account sheet's csv
 // writes to its status bar on screen; here it is the same file). A new format
 // is a row here.
-struct FormatSpec {
+struct FormatRow {
     const char *name;
     QList<rep::ExportKind> kinds; // none: the grid on paper (its header menu's "Export PDF...")
 };
 
-const std::vector<FormatSpec> &formats()
+const std::vector<FormatRow> &formats()
 {
-    static const std::vector<FormatSpec> table{
+    static const std::vector<FormatRow> table{
         {"csv-grid", {rep::ExportKind::GridCsv, rep::ExportKind::GridCsvStatus}},
         {"csv-all", {rep::ExportKind::AllDataCsv}},
         {"text", {rep::ExportKind::GridText}},
@@ -67,7 +67,7 @@ const std::vector<FormatSpec> &formats()
 
 bool knownFormat(const QString &format)
 {
-    for (const FormatSpec &f : formats())
+    for (const FormatRow &f : formats())
         if (format == QLatin1String(f.name))
             return true;
     return false;
@@ -75,7 +75,7 @@ bool knownFormat(const QString &format)
 
 QList<rep::ExportKind> kindsOf(const QString &format)
 {
-    for (const FormatSpec &f : formats())
+    for (const FormatRow &f : formats())
         if (format == QLatin1String(f.name))
             return f.kinds;
     return {};
@@ -84,7 +84,7 @@ QList<rep::ExportKind> kindsOf(const QString &format)
 QStringList formatNames()
 {
     QStringList out;
-    for (const FormatSpec &f : formats())
+    for (const FormatRow &f : formats())
         out << QString::fromLatin1(f.name);
     return out;
 }
@@ -100,7 +100,7 @@ QString spokenList(QStringList items)
 QStringList formatsOf(const rep::ReportDesc &d)
 {
     QStringList out;
-    for (const FormatSpec &f : formats()) {
+    for (const FormatRow &f : formats()) {
         // Every grid prints from its header menu.
         bool has = f.kinds.isEmpty();
         for (rep::ExportKind k : f.kinds)
@@ -418,7 +418,7 @@ namespace {
 
 // The options, in one place: a value-less option is a switch. Each takes its
 // value into Options, or throws UsageError.
-struct OptionSpec {
+struct OptionRow {
     const char *name;
     const char *valueName; // nullptr: a switch
     void (*take)(Options &o, const QString &value);
@@ -433,9 +433,9 @@ QDate takeDate(const char *option, const QString &text)
     return d;
 }
 
-const std::vector<OptionSpec> &optionSpecs()
+const std::vector<OptionRow> &optionRows()
 {
-    static const std::vector<OptionSpec> table{
+    static const std::vector<OptionRow> table{
         {"host", "H", [](Options &o, const QString &v) { o.host = v; }},
         {"port", "P",
          [](Options &o, const QString &v) {
@@ -467,11 +467,11 @@ const std::vector<OptionSpec> &optionSpecs()
     return table;
 }
 
-const OptionSpec *findOption(QStringView name)
+const OptionRow *findOption(QStringView name)
 {
-    for (const OptionSpec &spec : optionSpecs())
-        if (name == QLatin1String(spec.name))
-            return &spec;
+    for (const OptionRow &row : optionRows())
+        if (name == QLatin1String(row.name))
+            return &row;
     return nullptr;
 }
 
@@ -489,12 +489,12 @@ std::optional<Fault> firstFault(const QStringList &args)
     qsizetype options = 0;
     for (qsizetype i = 1; i < args.size(); ++i, ++options) {
         const QString &a = args.at(i);
-        const OptionSpec *spec = a.startsWith(QLatin1String("--")) ? findOption(QStringView(a).mid(2)) : nullptr;
-        if (!spec && (a == QLatin1String("--password") || a.startsWith(QLatin1String("--password="))))
+        const OptionRow *row = a.startsWith(QLatin1String("--")) ? findOption(QStringView(a).mid(2)) : nullptr;
+        if (!row && (a == QLatin1String("--password") || a.startsWith(QLatin1String("--password="))))
             return Fault{options, QStringLiteral("Parola nu se da in linia de comanda: folositi --password-stdin.")};
-        if (!spec)
+        if (!row)
             return Fault{options, QStringLiteral("Optiune necunoscuta: %1").arg(a)};
-        if (!spec->valueName)
+        if (!row->valueName)
             continue;
         if (i + 1 >= args.size() || args.at(i + 1).startsWith(QLatin1String("--")))
             return Fault{options, QStringLiteral("Optiunea %1 cere o valoare.").arg(a)};
@@ -508,9 +508,9 @@ std::optional<Fault> firstFault(const QStringList &args)
 Options readOptions(const QStringList &args)
 {
     QCommandLineParser parser;
-    for (const OptionSpec &spec : optionSpecs())
-        parser.addOption(QCommandLineOption(QString::fromLatin1(spec.name), QString(),
-                                            spec.valueName ? QString::fromLatin1(spec.valueName) : QString()));
+    for (const OptionRow &row : optionRows())
+        parser.addOption(QCommandLineOption(QString::fromLatin1(row.name), QString(),
+                                            row.valueName ? QString::fromLatin1(row.valueName) : QString()));
     const std::optional<Fault> fault = firstFault(args);
     // Up to the fault the arguments are as the parser reads them too; its
     // own verdict (in English) is not needed.
@@ -521,8 +521,8 @@ Options readOptions(const QStringList &args)
     QHash<QString, qsizetype> seen;
     for (qsizetype k = 0; k < taken; ++k) {
         const QString &name = found.at(k);
-        const OptionSpec *spec = findOption(name);
-        spec->take(o, spec->valueName ? parser.values(name).at(seen[name]++) : QString());
+        const OptionRow *row = findOption(name);
+        row->take(o, row->valueName ? parser.values(name).at(seen[name]++) : QString());
     }
     if (fault)
         throw UsageError{fault->text};
