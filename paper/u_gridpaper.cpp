@@ -5,12 +5,10 @@
 #include "grid/u_gridexport.h"
 #include "grid/u_gridmodel.h"
 
-#include <QFontMetricsF>
-#include <QGlyphRun>
-#include <QRawFont>
-#include <QPagedPaintDevice>
-#include <QPainter>
-#include <QPdfWriter>
+#include "paper/u_canvas.h"
+#include "paper/u_pdfwriter.h"
+
+#include <QPageSize>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -46,115 +44,15 @@ struct PaperColumn {
     bool wraps = false;   // text: up to two lines
 };
 
-// A font on the device. The books' texts are set glyph by glyph, each
-// character's glyph and advance found once: no shaping, which plain Latin
-// text with the Romanian letters does not need and which would cost most of
-// the time of a long print. A text with a character the font lacks (or one
-// beyond the table) goes through the full text machinery, which finds a
-// font that has it.
-class Face {
-public:
-    Face(const QFont &f, QPaintDevice *device)
-        : font(f), fm(f, device), ascent(fm.ascent()), m_raw(QRawFont::fromFont(f)), m_table(kTableSize)
-    {
-        m_raw.setPixelSize(f.pointSizeF() * device->logicalDpiY() / 72.0);
-    }
-
-    double width(const QString &text) const
-    {
-        double w = 0;
-        for (QChar c : text) {
-            const Glyph *g = glyph(c.unicode());
-            if (!g)
-                return fm.horizontalAdvance(text);
-            w += g->advance;
-        }
-        return w;
-    }
-
-    // Sets a text on the page; its glyphs wait for flush() with the rest of
-    // the page's in this face, as one run: every run costs the page a font
-    // selection and a text object of its own.
-    void draw(QPainter &p, const QPointF &baseline, const QString &text) const
-    {
-        const qsizetype mark = m_indexes.size();
-        double x = baseline.x();
-        for (QChar c : text) {
-            const Glyph *g = glyph(c.unicode());
-            if (!g) {
-                m_indexes.resize(mark);
-                m_positions.resize(mark);
-                p.setFont(font);
-                p.drawText(baseline, text);
-                return;
-            }
-            m_indexes.append(g->index);
-            m_positions.append(QPointF(x, baseline.y()));
-            x += g->advance;
-        }
-    }
-
-    void flush(QPainter &p) const
-    {
-        if (m_indexes.isEmpty())
-            return;
-        QGlyphRun run;
-        run.setRawFont(m_raw);
-        run.setGlyphIndexes(m_indexes);
-        run.setPositions(m_positions);
-        p.drawGlyphRun(QPointF(0, 0), run);
-        m_indexes.clear();
-        m_positions.clear();
-    }
-
-    const QFont font;
-    const QFontMetricsF fm;
-    const double ascent;
-
-private:
-    static constexpr char16_t kTableSize = 0x0800; // Latin, Greek, Cyrillic
-    struct Glyph {
-        quint32 index = 0;
-        double advance = 0;
-        bool known = false;
-    };
-
-    const Glyph *glyph(char16_t c) const
-    {
-        if (c >= kTableSize || !m_raw.isValid())
-            return nullptr;
-        Glyph &g = m_table[c];
-        if (!g.known) {
-            const QChar ch(c);
-            int n = 1;
-            QPointF advance;
-            if (m_raw.glyphIndexesForChars(&ch, 1, &g.index, &n) && n == 1 && g.index != 0
-                && m_raw.advancesForGlyphIndexes(&g.index, &advance, 1))
-                g.advance = advance.x();
-            else
-                g.index = 0;
-            g.known = true;
-        }
-        return g.index ? &g : nullptr;
-    }
-
-    QRawFont m_raw;
-    mutable std::vector<Glyph> m_table; // by character
-    mutable QList<quint32> m_indexes;   // the page's glyphs not flushed yet
-    mutable QList<QPointF> m_positions;
-};
-
 // The longest head of a text that fits a width, broken after a blank where
 // there is one; the rest on a second line, ending with an ellipsis when it
 // is longer still.
-QStringList fitText(const QString &text, const QFontMetricsF &fm, double width, bool twoLines)
+QStringList fitText(const QString &text, const Face &face, double width)
 {
-    if (!twoLines)
-        return {fm.elidedText(text, Qt::ElideRight, width)};
     qsizetype lo = 1, hi = text.size();
     while (lo < hi) {
         const qsizetype mid = (lo + hi + 1) / 2;
-        if (fm.horizontalAdvance(text.left(mid)) <= width)
+        if (face.width(QStringView(text).left(mid)) <= width)
             lo = mid;
         else
             hi = mid - 1;
@@ -165,15 +63,14 @@ QStringList fitText(const QString &text, const QFontMetricsF &fm, double width, 
         if (blank > 0)
             cut = blank;
     }
-    return {text.left(cut).trimmed(), fm.elidedText(text.mid(cut).trimmed(), Qt::ElideRight, width)};
+    return {text.left(cut).trimmed(), face.elided(text.mid(cut).trimmed(), width)};
 }
 
 class GridPages {
 public:
-    GridPages(const grid::GridModel &model, const PageHeader &header, QPagedPaintDevice &device,
-              const PaperOptions &options)
-        : m_model(model), m_header(header), m_device(device), m_options(options),
-          m_unit(device.logicalDpiY() / 72.0), m_pageWidth(device.width()), m_pageHeight(device.height())
+    GridPages(const grid::GridModel &model, const PageHeader &header, Canvas &canvas, const PaperOptions &options)
+        : m_model(model), m_header(header), m_canvas(canvas), m_options(options), m_unit(canvas.unit()),
+          m_pageWidth(canvas.size().width()), m_pageHeight(canvas.size().height())
     {
     }
 
@@ -187,23 +84,21 @@ public:
         db::busy::Stretch stretch(db::busy::Phase::Writing, true, m_rows * qsizetype(1 + m_bands.size()));
         paginate();
         const int pages = int(m_starts.size() * m_bands.size());
-        QPainter p;
-        if (!p.begin(&m_device))
-            throw QuarvError(QStringLiteral("Tiparirea nu poate incepe."));
+        m_canvas.begin();
         try {
             int page = 0;
             for (size_t chunk = 0; chunk < m_starts.size(); ++chunk)
                 for (size_t band = 0; band < m_bands.size(); ++band) {
-                    if (page > 0 && !m_device.newPage())
-                        throw QuarvError(QStringLiteral("Pagina %1 nu poate fi tiparita.").arg(page + 1));
-                    paintPage(p, chunk, band, ++page, pages);
+                    m_canvas.startPage(++page);
+                    paintPage(chunk, band, page, pages);
+                    m_canvas.finishPage();
                 }
         } catch (const db::busy::Cancelled &) {
             if (m_options.abort)
                 m_options.abort();
             throw;
         }
-        p.end();
+        m_canvas.end();
         return pages;
     }
 
@@ -258,16 +153,16 @@ private:
         title.setBold(true);
         QFont meta = m_options.font;
         meta.setPointSizeF(kMetaPointSize);
-        m_body.emplace(body, &m_device);
-        m_bold.emplace(bold, &m_device);
-        m_italic.emplace(italic, &m_device);
-        m_title.emplace(title, &m_device);
-        m_meta.emplace(meta, &m_device);
-        m_lineHeight = m_body->fm.height();
+        m_body.emplace(body, m_canvas);
+        m_bold.emplace(bold, m_canvas);
+        m_italic.emplace(italic, m_canvas);
+        m_title.emplace(title, m_canvas);
+        m_meta.emplace(meta, m_canvas);
+        m_lineHeight = m_body->height();
         m_pad = pt(1.5);
-        m_top = m_title->fm.height() + m_meta->fm.height() + pt(6);
-        m_headerRow = m_bold->fm.height() + 2 * m_pad;
-        m_bottom = m_meta->fm.height() + pt(4);
+        m_top = m_title->height() + m_meta->height() + pt(6);
+        m_headerRow = m_bold->height() + 2 * m_pad;
+        m_bottom = m_meta->height() + pt(4);
     }
 
     QString cellText(qsizetype row, const PaperColumn &c) const
@@ -339,42 +234,42 @@ private:
 
     // Set glyph by glyph like the cells: the text machinery would join "fi"
     // into one glyph, which a search for "Verificare" then misses.
-    void paintHeader(QPainter &p, int page, int pages)
+    void paintHeader(int page, int pages)
     {
-        const double titleHeight = m_title->fm.height();
-        paintLine(p, *m_title, 0, 0, m_pageWidth, false, m_header.title);
-        paintLine(p, *m_meta, 0, titleHeight, m_pageWidth, false, m_header.period);
-        paintLine(p, *m_meta, 0, titleHeight, m_pageWidth, true, issuerText(m_header));
+        const double titleHeight = m_title->height();
+        paintLine(*m_title, 0, 0, m_pageWidth, false, m_header.title);
+        paintLine(*m_meta, 0, titleHeight, m_pageWidth, false, m_header.period);
+        paintLine(*m_meta, 0, titleHeight, m_pageWidth, true, issuerText(m_header));
         const QString number = pageNumberText(page, pages);
         const double numberWidth = m_meta->width(number);
-        paintLine(p, *m_meta, (m_pageWidth - numberWidth) / 2, m_pageHeight - m_meta->fm.height(), numberWidth + 1,
+        paintLine(*m_meta, (m_pageWidth - numberWidth) / 2, m_pageHeight - m_meta->height(), numberWidth + 1,
                   false, number);
     }
 
     // One line of a cell at its top, right-aligned for numbers; cut with an
     // ellipsis where it does not fit.
-    void paintLine(QPainter &p, const Face &face, double left, double top, double width, bool right, QString text)
+    void paintLine(Face &face, double left, double top, double width, bool right, QString text)
     {
         double w = face.width(text);
         if (w > width) {
-            text = face.fm.elidedText(text, Qt::ElideRight, width);
+            text = face.elided(text, width);
             w = face.width(text);
         }
-        face.draw(p, QPointF(right ? left + width - w : left, top + face.ascent), text);
+        face.draw(QPointF(right ? left + width - w : left, top + face.ascent()), text);
     }
 
-    void paintCell(QPainter &p, const Face &face, const QRectF &cell, bool right, const QString &text, bool twoLines)
+    void paintCell(Face &face, const QRectF &cell, bool right, const QString &text, bool twoLines)
     {
         if (text.isEmpty())
             return;
         const double left = cell.left() + m_pad, width = cell.width() - 2 * m_pad;
         double top = cell.top() + m_pad;
         if (!twoLines && !text.contains(QLatin1Char('\n')))
-            return paintLine(p, face, left, top, width, right, text);
+            return paintLine(face, left, top, width, right, text);
         const QStringList lines = text.contains(QLatin1Char('\n')) ? text.split(QLatin1Char('\n'))
-                                                                   : fitText(text, face.fm, width, true);
+                                                                   : fitText(text, face, width);
         for (const QString &line : lines) {
-            paintLine(p, face, left, top, width, right, line);
+            paintLine(face, left, top, width, right, line);
             top += m_lineHeight;
         }
     }
@@ -387,21 +282,19 @@ private:
         return w;
     }
 
-    void paintPage(QPainter &p, size_t chunk, size_t band, int page, int pages)
+    void paintPage(size_t chunk, size_t band, int page, int pages)
     {
-        paintHeader(p, page, pages);
+        paintHeader(page, pages);
         const std::vector<size_t> &cols = m_bands[band];
         const double width = bandWidth(band);
-        const QPen line(QColor(160, 160, 160), pt(0.4));
         double y = m_top;
 
         // the column headers
-        p.fillRect(QRectF(0, y, width, m_headerRow), QColor(225, 225, 225));
-        p.setPen(Qt::black);
+        m_canvas.fillRect(QRectF(0, y, width, m_headerRow), 225);
         double x = 0;
         for (size_t i : cols) {
             const PaperColumn &c = m_columns[i];
-            paintCell(p, *m_bold, QRectF(x, y, c.width, m_headerRow), c.right, m_model.column(c.col).headerText(), false);
+            paintCell(*m_bold, QRectF(x, y, c.width, m_headerRow), c.right, m_model.column(c.col).headerText(), false);
             x += c.width;
         }
         const double tableTop = y;
@@ -410,59 +303,55 @@ private:
         const qsizetype from = m_starts[chunk];
         const qsizetype to = chunk + 1 < m_starts.size() ? m_starts[chunk + 1] : m_rows;
         std::vector<QLineF> rules; // under each row, drawn at once
-        rules.reserve(size_t(to - from));
+        rules.reserve(size_t(to - from) + cols.size() + 3);
         for (qsizetype r = from; r < to; ++r) {
             const double h = rowHeight(m_lines[size_t(r)]);
-            paintRow(p, r, cols, width, y, h);
+            paintRow(r, cols, width, y, h);
             rules.emplace_back(0, y + h, width, y + h);
             y += h;
             db::busy::beat(m_rows + ++m_painted);
         }
         if (m_hasFooter && chunk + 1 == m_starts.size()) {
             const double h = rowHeight(m_footerLines);
-            p.setPen(QPen(Qt::black, pt(0.8)));
-            p.drawLine(QPointF(0, y), QPointF(width, y));
-            p.setPen(Qt::black);
+            const QLineF above(0, y, width, y);
+            m_canvas.strokeLines(&above, 1, 0, pt(0.8));
             x = 0;
             for (size_t i : cols) {
                 const PaperColumn &c = m_columns[i];
-                paintCell(p, *m_bold, QRectF(x, y, c.width, h), c.right, summaryText(-1, c), false);
+                paintCell(*m_bold, QRectF(x, y, c.width, h), c.right, summaryText(-1, c), false);
                 x += c.width;
             }
             y += h;
         }
         // the grid's lines under the rows and around the columns
-        p.setPen(line);
-        p.drawLines(rules.data(), int(rules.size()));
         x = 0;
-        p.drawLine(QPointF(0, tableTop), QPointF(0, y));
+        rules.emplace_back(0, tableTop, 0, y);
         for (size_t i : cols) {
             x += m_columns[i].width;
-            p.drawLine(QPointF(x, tableTop), QPointF(x, y));
+            rules.emplace_back(x, tableTop, x, y);
         }
-        p.drawLine(QPointF(0, tableTop), QPointF(width, tableTop));
-        p.drawLine(QPointF(0, y), QPointF(width, y));
-        p.setPen(Qt::black);
-        for (const Face *face : {&*m_body, &*m_bold, &*m_italic, &*m_title, &*m_meta})
-            face->flush(p);
+        rules.emplace_back(0, tableTop, width, tableTop);
+        rules.emplace_back(0, y, width, y);
+        m_canvas.strokeLines(rules.data(), qsizetype(rules.size()), 160, pt(0.4));
+        for (Face *face : {&*m_body, &*m_bold, &*m_italic, &*m_title, &*m_meta})
+            face->flush();
     }
 
-    void paintRow(QPainter &p, qsizetype r, const std::vector<size_t> &cols, double width, double y, double h)
+    void paintRow(qsizetype r, const std::vector<size_t> &cols, double width, double y, double h)
     {
-        p.setPen(Qt::black);
         switch (m_model.rowKind(r)) {
         case grid::RowKind::Group: {
-            p.fillRect(QRectF(0, y, width, h), QColor(235, 235, 235));
+            m_canvas.fillRect(QRectF(0, y, width, h), 235);
             const double indent = pt(8) * m_model.rowLevel(r);
-            paintCell(p, *m_bold, QRectF(indent, y, width - indent, h), false, m_model.groupRowText(r), false);
+            paintCell(*m_bold, QRectF(indent, y, width - indent, h), false, m_model.groupRowText(r), false);
             return;
         }
         case grid::RowKind::GroupFooter: {
-            p.fillRect(QRectF(0, y, width, h), QColor(246, 246, 246));
+            m_canvas.fillRect(QRectF(0, y, width, h), 246);
             double x = 0;
             for (size_t i : cols) {
                 const PaperColumn &c = m_columns[i];
-                paintCell(p, *m_italic, QRectF(x, y, c.width, h), c.right, summaryText(r, c), false);
+                paintCell(*m_italic, QRectF(x, y, c.width, h), c.right, summaryText(r, c), false);
                 x += c.width;
             }
             return;
@@ -472,14 +361,14 @@ private:
         double x = 0;
         for (size_t i : cols) {
             const PaperColumn &c = m_columns[i];
-            paintCell(p, *m_body, QRectF(x, y, c.width, h), c.right, cellText(r, c), c.wraps && m_lines[size_t(r)] > 1);
+            paintCell(*m_body, QRectF(x, y, c.width, h), c.right, cellText(r, c), c.wraps && m_lines[size_t(r)] > 1);
             x += c.width;
         }
     }
 
     const grid::GridModel &m_model;
     const PageHeader &m_header;
-    QPagedPaintDevice &m_device;
+    Canvas &m_canvas;
     const PaperOptions &m_options;
     const double m_unit;        // device units per point
     const double m_pageWidth;
@@ -504,7 +393,8 @@ private:
 int paintGrid(const grid::GridModel &model, const PageHeader &header, QPagedPaintDevice &device,
               const PaperOptions &options)
 {
-    return GridPages(model, header, device, options).paint();
+    PainterCanvas canvas(device);
+    return GridPages(model, header, canvas, options).paint();
 }
 
 void exportGridPdf(const grid::GridModel &model, const QString &path, const PageHeader &header,
@@ -513,15 +403,13 @@ void exportGridPdf(const grid::GridModel &model, const QString &path, const Page
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         grid::writeFailed(path, file.errorString());
-    {
-        QPdfWriter pdf(&file);
-        pdf.setCreator(QStringLiteral("tkQuarv"));
-        pdf.setTitle(header.title);
-        pdf.setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Landscape, QMarginsF(10, 10, 10, 10),
-                                      QPageLayout::Millimeter));
-        pdf.setResolution(600);
-        paintGrid(model, header, pdf, options);
-    }
+    // A4 across, 10 mm margins, in points
+    const QSizeF a4 = QPageSize(QPageSize::A4).size(QPageSize::Point);
+    const double margin = 10 * 72 / 25.4;
+    PdfWriter pdf(file, a4.transposed(), QMarginsF(margin, margin, margin, margin));
+    PdfCanvas canvas(pdf);
+    GridPages(model, header, canvas, options).paint();
+    pdf.finish(header.title);
     if (file.error() != QFileDevice::NoError)
         grid::writeFailed(path, file.errorString());
     grid::commitAside(file, path);

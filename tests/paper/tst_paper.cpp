@@ -222,6 +222,40 @@ private slots:
         QVERIFY((first + 1)->contains(QRegularExpression(QStringLiteral("cuvant\\d+"))));
     }
 
+    // Whatever the books hold reads back as it was typed: every printable
+    // ASCII character (the ones the file's strings escape among them), the
+    // euro sign, quotes and dashes; a character no font has shows as "?".
+    // The fonts are embedded, subset, with their map back to Unicode.
+    void anyTextReadsBack()
+    {
+        QString ascii;
+        for (char16_t c = 33; c < 127; ++c)
+            ascii += QChar(c);
+        const QStringList texts = {ascii, QStringLiteral("Pret 12,50 € „ghilimele” – liniuta"),
+                                   QStringLiteral("inainte") + QString::fromUcs4(U"\U0010FFFD", 1) + QStringLiteral("dupa")};
+        TestDataSet ds({{QStringLiteral("text"), FieldType::Text}});
+        for (const QString &t : texts)
+            ds.add({t});
+        grid::GridModel m;
+        m.setDataSet(&ds);
+        m.addColumn(QStringLiteral("text"), QStringLiteral("Text"), 900);
+        ds.openNow();
+        const QString pdf = file(QStringLiteral("text.pdf"));
+        paper::exportGridPdf(m, pdf, header());
+        const QString t = pdfPages(pdf).value(0);
+        QVERIFY2(t.contains(ascii), qPrintable(t));
+        QVERIFY(t.contains(texts[1]));
+        QVERIFY(t.contains(QStringLiteral("inainte?dupa")));
+
+        QProcess p;
+        p.start(QStringLiteral("pdffonts"), {pdf});
+        QVERIFY(p.waitForFinished());
+        const QStringList fonts = QString::fromUtf8(p.readAllStandardOutput()).split(QLatin1Char('\n')).mid(2);
+        QVERIFY(fonts.size() >= 2);
+        for (const QString &f : fonts)
+            QVERIFY2(f.isEmpty() || f.contains(QRegularExpression(QStringLiteral("yes\\s+yes\\s+yes"))), qPrintable(f));
+    }
+
     // Stopped half way: no file, and a file of that name keeps its bytes.
     void stoppedLeavesNoFile()
     {

@@ -4,7 +4,8 @@ private X server with a fresh Wine prefix in a temporary folder:
   - the silent install, its files, shortcuts and Add/Remove Programs entry;
   - the installed exporter lists the reports, and its exports against a
     private PostgreSQL server on loopback (the tests' own) are the files the
-    Linux exporter writes for the same run;
+    Linux exporter writes for the same run (a PDF, set in Windows' fonts,
+    reads back whole);
   - the installed program starts, shows its menu, and a sign-in typed into
     its login window succeeds and saves the profiles in the Documents folder
     Windows names;
@@ -253,7 +254,8 @@ def main():
         out = tmp / "out"
         out.mkdir()
         runs = [("frmAnalizaRegistruJurnal", ("01.10.2026", "31.10.2026"), "csv-all", "registru.csv"),
-                ("frmVerifDecontTurism", ("2026-11-01", "2026-11-30"), "xlsx", "decont.xlsx")]
+                ("frmVerifDecontTurism", ("2026-11-01", "2026-11-30"), "xlsx", "decont.xlsx"),
+                ("frmVerifDecontTurism", ("2026-11-01", "2026-11-30"), "pdf", "decont.pdf")]
         for report, dates, fmt, name in runs:
             lin, win = out / ("linux-" + name), out / ("windows-" + name)
             a = run([linux_export, *export_args(port, report, dates, fmt, lin)], input=PASSWORD + "\n", timeout=300)
@@ -268,6 +270,17 @@ def main():
                 check(lc == wc and ls == ws and len(lc) > 10,
                       f"the Windows workbook of {report} has the Linux one's cells and styles ({len(lc)} cells)",
                       "\n".join(f"{k}: linux {lc.get(k)} windows {wc.get(k)}" for k in diff))
+            elif fmt == "pdf":
+                # Windows sets the text in its own fonts, so the lines may
+                # break elsewhere; the pages must still be whole, numbered,
+                # and their text real text in fonts the file carries.
+                pages = re.search(r"Pages:\s+(\d+)", run(["pdfinfo", win]).stdout)
+                first = run(["pdftotext", "-l", "1", "-enc", "UTF-8", win, "-"]).stdout
+                fonts = run(["pdffonts", win]).stdout.splitlines()[2:]
+                check(pages is not None and f"Pagina 1 din {pages.group(1)}" in first and "Emitent: DEMO" in first
+                      and fonts and all(re.search(r"yes\s+yes\s+yes", f) for f in fonts),
+                      f"the Windows PDF of {report} reads back: numbered pages, its fonts embedded with their text",
+                      first[:600] + "\n".join(fonts))
             else:
                 same = lin.read_bytes() == win.read_bytes()
                 check(same and lin.stat().st_size > 1000,

@@ -1,0 +1,254 @@
+#include "paper/u_canvas.h"
+
+#include "db/u_error.h"
+#include "paper/u_pdfwriter.h"
+
+#include <QGlyphRun>
+#include <QPagedPaintDevice>
+#include <QPainter>
+
+namespace paper {
+
+// ---------------------------------------------------------------- painter
+
+PainterCanvas::PainterCanvas(QPagedPaintDevice &device) : m_device(device) {}
+
+PainterCanvas::~PainterCanvas() = default;
+
+double PainterCanvas::unit() const { return m_device.logicalDpiY() / 72.0; }
+
+QSizeF PainterCanvas::size() const { return QSizeF(m_device.width(), m_device.height()); }
+
+void PainterCanvas::begin()
+{
+    m_painter = std::make_unique<QPainter>();
+    if (!m_painter->begin(&m_device))
+        throw QuarvError(QStringLiteral("Tiparirea nu poate incepe."));
+}
+
+void PainterCanvas::startPage(int page)
+{
+    if (page > 1 && !m_device.newPage())
+        throw QuarvError(QStringLiteral("Pagina %1 nu poate fi tiparita.").arg(page));
+}
+
+void PainterCanvas::end() { m_painter->end(); }
+
+void PainterCanvas::fillRect(const QRectF &rect, int gray)
+{
+    m_painter->fillRect(rect, QColor(gray, gray, gray));
+}
+
+void PainterCanvas::strokeLines(const QLineF *lines, qsizetype count, int gray, double width)
+{
+    m_painter->setPen(QPen(QColor(gray, gray, gray), width));
+    m_painter->drawLines(lines, int(count));
+}
+
+int PainterCanvas::addFont(const QRawFont &raw, bool, bool)
+{
+    m_fonts.push_back(raw);
+    return int(m_fonts.size() - 1);
+}
+
+void PainterCanvas::drawGlyphs(int font, double pixelSize, const GlyphStrings &text)
+{
+    QRawFont &raw = m_fonts[size_t(font)];
+    if (raw.pixelSize() != pixelSize)
+        raw.setPixelSize(pixelSize);
+    QList<QPointF> positions;
+    positions.reserve(qsizetype(text.glyphs.size()));
+    for (const GlyphStrings::String &s : text.strings) {
+        double x = s.origin.x();
+        for (qsizetype i = s.first; i < s.first + s.count; ++i) {
+            positions.append(QPointF(x, s.origin.y()));
+            x += text.advances[size_t(i)];
+        }
+    }
+    QGlyphRun run;
+    run.setRawFont(raw);
+    run.setGlyphIndexes(QList<quint32>(text.glyphs.begin(), text.glyphs.end()));
+    run.setPositions(positions);
+    m_painter->setPen(Qt::black);
+    m_painter->drawGlyphRun(QPointF(0, 0), run);
+}
+
+// ---------------------------------------------------------------- PDF
+
+QSizeF PdfCanvas::size() const { return m_writer.printableSize(); }
+
+void PdfCanvas::startPage(int) { m_writer.beginPage(); }
+
+void PdfCanvas::finishPage() { m_writer.endPage(); }
+
+void PdfCanvas::fillRect(const QRectF &rect, int gray) { m_writer.fillRect(rect, gray / 255.0); }
+
+void PdfCanvas::strokeLines(const QLineF *lines, qsizetype count, int gray, double width)
+{
+    m_writer.strokeLines(lines, count, gray / 255.0, width);
+}
+
+int PdfCanvas::addFont(const QRawFont &raw, bool thicken, bool slant) { return m_writer.addFont(raw, thicken, slant); }
+
+void PdfCanvas::mapGlyph(int font, quint32 glyph, char32_t ch) { m_writer.mapGlyph(font, glyph, ch); }
+
+void PdfCanvas::drawGlyphs(int font, double pixelSize, const GlyphStrings &text)
+{
+    m_writer.beginText(font, pixelSize);
+    for (const GlyphStrings::String &s : text.strings)
+        m_writer.showGlyphs(s.origin, text.glyphs.data() + s.first, s.count);
+    m_writer.endText();
+}
+
+// ---------------------------------------------------------------- faces
+
+namespace {
+
+// Metrics are read at a large size and scaled, so that no rounding to
+// whole pixels creeps into small text.
+constexpr double kMetricsSize = 1000;
+constexpr char32_t kTableSize = 0x0800; // Latin, Greek, Cyrillic
+// The second font, for characters the first lacks.
+const char *const kWideFamily = "DejaVu Sans";
+
+} // namespace
+
+Face::Face(const QFont &font, Canvas &canvas)
+    : m_canvas(canvas), m_pixelSize(font.pointSizeF() * canvas.unit()), m_scale(m_pixelSize / kMetricsSize),
+      m_table(kTableSize)
+{
+    QFont wide(QString::fromLatin1(kWideFamily));
+    wide.setPointSizeF(font.pointSizeF());
+    wide.setBold(font.bold());
+    wide.setItalic(font.italic());
+    for (const QFont &f : {font, wide}) {
+        const QRawFont raw = QRawFont::fromFont(f);
+        if (!raw.isValid() || (!m_sources.empty() && raw.familyName() == m_sources[0].metrics.familyName()))
+            continue;
+        Source s;
+        s.handle = canvas.addFont(raw, f.bold() && raw.weight() < QFont::DemiBold,
+                                  f.italic() && raw.style() == QFont::StyleNormal);
+        s.metrics = raw;
+        s.metrics.setPixelSize(kMetricsSize);
+        m_sources.push_back(std::move(s));
+    }
+    if (!m_sources.empty()) {
+        m_ascent = m_sources[0].metrics.ascent() * m_scale;
+        m_height = (m_sources[0].metrics.ascent() + m_sources[0].metrics.descent()) * m_scale;
+    }
+}
+
+bool Face::find(char32_t c, Glyph &g) const
+{
+    char16_t units[2];
+    int n = 1;
+    if (c > 0xFFFF) {
+        units[0] = char16_t(0xD800 + ((c - 0x10000) >> 10));
+        units[1] = char16_t(0xDC00 + ((c - 0x10000) & 0x3FF));
+        n = 2;
+    } else {
+        units[0] = char16_t(c);
+    }
+    for (size_t i = 0; i < m_sources.size(); ++i) {
+        const QRawFont &raw = m_sources[i].metrics;
+        quint32 indexes[2] = {0, 0};
+        int count = 2;
+        QPointF advance;
+        if (raw.glyphIndexesForChars(reinterpret_cast<const QChar *>(units), n, indexes, &count) && count == 1
+            && indexes[0] != 0
+            && raw.advancesForGlyphIndexes(indexes, &advance, 1, QRawFont::UseDesignMetrics)) {
+            g.index = indexes[0];
+            g.advance = float(advance.x() * m_scale);
+            g.source = quint8(i);
+            m_canvas.mapGlyph(m_sources[i].handle, g.index, c);
+            return true;
+        }
+    }
+    return false;
+}
+
+const Face::Glyph &Face::glyph(char32_t c) const
+{
+    Glyph &g = c < kTableSize ? m_table[c] : m_other[c];
+    if (!g.known) {
+        g.known = true;
+        if (!find(c, g) && c != U'?')
+            g = glyph(U'?');
+    }
+    return g;
+}
+
+namespace {
+
+// Characters of a text, a surrogate pair as one.
+template <typename F> void eachChar(QStringView text, F &&f)
+{
+    const qsizetype n = text.size();
+    const QChar *d = text.data();
+    for (qsizetype i = 0; i < n; ++i) {
+        char32_t c = d[i].unicode();
+        if (QChar::isHighSurrogate(c) && i + 1 < n && d[i + 1].isLowSurrogate()) {
+            c = QChar::surrogateToUcs4(d[i].unicode(), d[i + 1].unicode());
+            ++i;
+        }
+        f(c);
+    }
+}
+
+} // namespace
+
+double Face::width(QStringView text) const
+{
+    double w = 0;
+    eachChar(text, [&](char32_t c) { w += glyph(c).advance; });
+    return w;
+}
+
+QString Face::elided(const QString &text, double width) const
+{
+    if (this->width(text) <= width)
+        return text;
+    const QString ellipsis(QChar(0x2026));
+    const double room = width - this->width(ellipsis);
+    qsizetype lo = 0, hi = text.size();
+    while (lo < hi) {
+        const qsizetype mid = (lo + hi + 1) / 2;
+        if (this->width(QStringView(text).left(mid)) <= room)
+            lo = mid;
+        else
+            hi = mid - 1;
+    }
+    if (lo > 0 && text.at(lo - 1).isHighSurrogate())
+        --lo;
+    return text.left(lo) + ellipsis;
+}
+
+void Face::draw(QPointF baseline, QStringView text)
+{
+    GlyphStrings *current = nullptr;
+    double x = baseline.x();
+    eachChar(text, [&](char32_t c) {
+        const Glyph &g = glyph(c);
+        GlyphStrings &t = m_sources[g.source].text;
+        if (&t != current) {
+            current = &t;
+            t.strings.push_back({QPointF(x, baseline.y()), qsizetype(t.glyphs.size()), 0});
+        }
+        t.glyphs.push_back(g.index);
+        t.advances.push_back(g.advance);
+        ++t.strings.back().count;
+        x += g.advance;
+    });
+}
+
+void Face::flush()
+{
+    for (Source &s : m_sources) {
+        if (s.text.empty())
+            continue;
+        m_canvas.drawGlyphs(s.handle, m_pixelSize, s.text);
+        s.text.clear();
+    }
+}
+
+} // namespace paper

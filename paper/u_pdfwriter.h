@@ -1,0 +1,86 @@
+#pragma once
+// A PDF file written as its pages are laid out: a page's content goes to the
+// file when the page ends, and only the fonts wait for the end, subset to the
+// glyphs the pages used. The text is real text: each TrueType font is
+// embedded as a CID font with its widths and a map back to Unicode, so the
+// file can be searched and copied from.
+//
+// Coordinates are points from the top left corner of the printable area
+// (inside the margins), y growing downwards, as the page layout sees them.
+
+#include <QByteArray>
+#include <QLineF>
+#include <QMarginsF>
+#include <QRawFont>
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+
+#include <vector>
+
+class QIODevice;
+
+namespace paper {
+
+class PdfWriter {
+public:
+    // pageSize and margins in points.
+    PdfWriter(QIODevice &out, QSizeF pageSize, QMarginsF margins);
+
+    QSizeF printableSize() const { return m_printable; }
+
+    // A font for text; its handle is what beginText takes. A font file
+    // without a bold or slanted face is thickened or slanted where asked.
+    int addFont(const QRawFont &font, bool thicken, bool slant);
+    // The character a glyph stands for, for the map back to Unicode.
+    void mapGlyph(int font, quint32 glyph, char32_t ch);
+
+    void beginPage();
+    void fillRect(const QRectF &rect, double gray);
+    void strokeLines(const QLineF *lines, qsizetype count, double gray, double width);
+    // Glyph strings in one font and size, each at its baseline origin; the
+    // glyphs advance by the font's own widths.
+    void beginText(int font, double size);
+    void showGlyphs(QPointF origin, const quint32 *glyphs, qsizetype count);
+    void endText();
+    void endPage();
+
+    // The fonts, the page tree and the cross-reference table. A write that
+    // fails shows in the device's error, as with any QIODevice.
+    void finish(const QString &title);
+
+private:
+    struct Font {
+        QRawFont raw;
+        bool thicken = false;
+        bool slant = false;
+        int object = 0;                // the first of its five objects, once a page uses it
+        std::vector<char32_t> text;    // by glyph: 0 unused, else its character
+        std::vector<bool> used;
+    };
+
+    int reserve(int count = 1);
+    void beginObject(int object);
+    void writeStream(int object, const QByteArray &dict, const QByteArray &data, qsizetype length1 = -1);
+    void writeFont(const Font &font, int index);
+    QByteArray toUnicode(const Font &font) const;
+    void setFill(double gray);
+    void point(double x, double y);
+
+    QIODevice &m_out;
+    qint64 m_offset = 0;
+    std::vector<qint64> m_xref;        // by object number
+    QSizeF m_page;
+    QMarginsF m_margins;
+    QSizeF m_printable;
+
+    std::vector<Font> m_fonts;
+    std::vector<int> m_pages;          // page objects
+    QByteArray m_content;              // the page being drawn
+    double m_fill = -1;                // the content's fill gray (-1 unknown)
+    Font *m_textFont = nullptr;
+    qint64 m_lastX = 0, m_lastY = 0;   // the text line's origin, in hundredths of a point
+    bool m_lineSet = false;
+};
+
+} // namespace paper
