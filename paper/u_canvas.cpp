@@ -2,6 +2,7 @@
 
 #include "db/u_error.h"
 #include "paper/u_pdfwriter.h"
+#include "paper/u_truetype.h"
 
 #include <QGlyphRun>
 #include <QPagedPaintDevice>
@@ -90,7 +91,10 @@ void PdfCanvas::strokeLines(const QLineF *lines, qsizetype count, int gray, doub
 
 int PdfCanvas::addFont(const QRawFont &raw, bool thicken, bool slant) { return m_writer.addFont(raw, thicken, slant); }
 
-void PdfCanvas::mapGlyph(int font, quint32 glyph, char32_t ch) { m_writer.mapGlyph(font, glyph, ch); }
+void PdfCanvas::mapGlyph(int font, quint32 glyph, char32_t ch, double width)
+{
+    m_writer.mapGlyph(font, glyph, ch, width);
+}
 
 void PdfCanvas::drawGlyphs(int font, double pixelSize, const GlyphStrings &text)
 {
@@ -125,17 +129,29 @@ Face::Face(const QFont &font, Canvas &canvas)
         const QRawFont raw = QRawFont::fromFont(f);
         if (!raw.isValid() || (!m_sources.empty() && raw.familyName() == m_sources[0].metrics.familyName()))
             continue;
+        const FileStyle file = fileStyle(raw);
         Source s;
-        s.handle = canvas.addFont(raw, f.bold() && raw.weight() < QFont::DemiBold,
-                                  f.italic() && raw.style() == QFont::StyleNormal);
+        s.handle = canvas.addFont(raw, f.bold() && !file.bold, f.italic() && !file.italic);
+        if (s.handle < 0)
+            continue;
         s.metrics = raw;
         s.metrics.setPixelSize(kMetricsSize);
         m_sources.push_back(std::move(s));
     }
-    if (!m_sources.empty()) {
-        m_ascent = m_sources[0].metrics.ascent() * m_scale;
-        m_height = (m_sources[0].metrics.ascent() + m_sources[0].metrics.descent()) * m_scale;
-    }
+    if (m_sources.empty())
+        throw QuarvError(QStringLiteral("Fontul %1 nu poate fi folosit pentru tiparire.").arg(font.family()));
+    m_ascent = m_sources[0].metrics.ascent() * m_scale;
+    m_height = (m_sources[0].metrics.ascent() + m_sources[0].metrics.descent()) * m_scale;
+}
+
+void Face::take(size_t source, quint32 index, char32_t c, Glyph &g) const
+{
+    QPointF advance;
+    m_sources[source].metrics.advancesForGlyphIndexes(&index, &advance, 1, QRawFont::UseDesignMetrics);
+    g.index = index;
+    g.advance = float(advance.x() * m_scale);
+    g.source = quint8(source);
+    m_canvas.mapGlyph(m_sources[source].handle, index, c, advance.x() * 1000 / kMetricsSize);
 }
 
 bool Face::find(char32_t c, Glyph &g) const
@@ -153,14 +169,9 @@ bool Face::find(char32_t c, Glyph &g) const
         const QRawFont &raw = m_sources[i].metrics;
         quint32 indexes[2] = {0, 0};
         int count = 2;
-        QPointF advance;
         if (raw.glyphIndexesForChars(reinterpret_cast<const QChar *>(units), n, indexes, &count) && count == 1
-            && indexes[0] != 0
-            && raw.advancesForGlyphIndexes(indexes, &advance, 1, QRawFont::UseDesignMetrics)) {
-            g.index = indexes[0];
-            g.advance = float(advance.x() * m_scale);
-            g.source = quint8(i);
-            m_canvas.mapGlyph(m_sources[i].handle, g.index, c);
+            && indexes[0] != 0) {
+            take(i, indexes[0], c, g);
             return true;
         }
     }
@@ -170,10 +181,18 @@ bool Face::find(char32_t c, Glyph &g) const
 const Face::Glyph &Face::glyph(char32_t c) const
 {
     Glyph &g = c < kTableSize ? m_table[c] : m_other[c];
-    if (!g.known) {
-        g.known = true;
-        if (!find(c, g) && c != U'?')
+    if (g.known)
+        return g;
+    g.known = true;
+    if (c < 0x20 || (c >= 0x7F && c < 0xA0)) {
+        g = glyph(U' ');          // a tab, a carriage return
+    } else if (c == 0xAD || (c >= 0x200B && c <= 0x200F) || c == 0x2060 || c == 0xFEFF) {
+        g.shown = false;          // soft hyphen, zero-width and direction marks
+    } else if (!find(c, g)) {
+        if (c != U'?')
             g = glyph(U'?');
+        else
+            take(0, 0, c, g);     // not even "?": the font's box for a missing glyph
     }
     return g;
 }
@@ -229,6 +248,8 @@ void Face::draw(QPointF baseline, QStringView text)
     double x = baseline.x();
     eachChar(text, [&](char32_t c) {
         const Glyph &g = glyph(c);
+        if (!g.shown)
+            return;
         GlyphStrings &t = m_sources[g.source].text;
         if (&t != current) {
             current = &t;

@@ -58,9 +58,10 @@ public:
     virtual void strokeLines(const QLineF *lines, qsizetype count, int gray, double width) = 0;
 
     // A font file for text; thicken and slant where the file lacks the
-    // bold or slanted face asked for.
+    // bold or slanted face asked for. -1: a font this canvas cannot use.
     virtual int addFont(const QRawFont &raw, bool thicken, bool slant) = 0;
-    virtual void mapGlyph(int font, quint32 glyph, char32_t ch) = 0;
+    // The character a glyph stands for and its advance in thousandths of an em.
+    virtual void mapGlyph(int font, quint32 glyph, char32_t ch, double width) = 0;
     virtual void drawGlyphs(int font, double pixelSize, const GlyphStrings &text) = 0;
 };
 
@@ -77,7 +78,7 @@ public:
     void fillRect(const QRectF &rect, int gray) override;
     void strokeLines(const QLineF *lines, qsizetype count, int gray, double width) override;
     int addFont(const QRawFont &raw, bool thicken, bool slant) override;
-    void mapGlyph(int, quint32, char32_t) override {}
+    void mapGlyph(int, quint32, char32_t, double) override {}
     void drawGlyphs(int font, double pixelSize, const GlyphStrings &text) override;
 
 private:
@@ -98,7 +99,7 @@ public:
     void fillRect(const QRectF &rect, int gray) override;
     void strokeLines(const QLineF *lines, qsizetype count, int gray, double width) override;
     int addFont(const QRawFont &raw, bool thicken, bool slant) override;
-    void mapGlyph(int font, quint32 glyph, char32_t ch) override;
+    void mapGlyph(int font, quint32 glyph, char32_t ch, double width) override;
     void drawGlyphs(int font, double pixelSize, const GlyphStrings &text) override;
 
 private:
@@ -109,8 +110,9 @@ private:
 // and advance found once: no shaping, which the books' Latin text with the
 // Romanian letters does not need and which would cost most of the time of a
 // long grid. A character the font lacks comes from a wide-ranging second
-// font; one that neither has shows as "?". The advances are the font's
-// design widths, as the PDF's text advances by them.
+// font; one that neither has shows as "?"; control characters show as
+// blanks, invisible ones not at all. The advances are the font's design
+// widths, as the PDF's text advances by them.
 class Face {
 public:
     Face(const QFont &font, Canvas &canvas);
@@ -132,6 +134,7 @@ private:
         float advance = 0;
         quint8 source = 0;
         bool known = false;
+        bool shown = true;
     };
     struct Source {
         QRawFont metrics; // at kMetricsSize pixels
@@ -141,6 +144,7 @@ private:
 
     const Glyph &glyph(char32_t c) const;
     bool find(char32_t c, Glyph &g) const;
+    void take(size_t source, quint32 index, char32_t c, Glyph &g) const;
 
     Canvas &m_canvas;
     double m_pixelSize = 0;

@@ -1,14 +1,14 @@
 #include "paper/u_pdfwriter.h"
 
+#include "paper/u_truetype.h"
+
 #include <QDateTime>
 #include <QIODevice>
-#include <QtEndian>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <set>
 
 namespace paper {
 
@@ -78,176 +78,11 @@ void appendUtf16Hex(QByteArray &out, char32_t ch)
     }
 }
 
-// ---------------------------------------------------------------- TrueType
-
-quint16 u16(const QByteArray &t, qsizetype at)
-{
-    return at + 2 <= t.size() ? qFromBigEndian<quint16>(t.constData() + at) : 0;
-}
-qint16 s16(const QByteArray &t, qsizetype at) { return qint16(u16(t, at)); }
-quint32 u32(const QByteArray &t, qsizetype at)
-{
-    return at + 4 <= t.size() ? qFromBigEndian<quint32>(t.constData() + at) : 0;
-}
-
-// The tables of a font file that a reader needs to draw its glyphs.
-struct TrueType {
-    QByteArray head, hhea, maxp, hmtx, loca, glyf, cvt, fpgm, prep;
-    int unitsPerEm = 1000;
-    int glyphs = 0;
-    int hMetrics = 0;
-    bool longLoca = false;
-
-    explicit TrueType(const QRawFont &raw)
-        : head(raw.fontTable("head")), hhea(raw.fontTable("hhea")), maxp(raw.fontTable("maxp")),
-          hmtx(raw.fontTable("hmtx")), loca(raw.fontTable("loca")), glyf(raw.fontTable("glyf")),
-          cvt(raw.fontTable("cvt ")), fpgm(raw.fontTable("fpgm")), prep(raw.fontTable("prep"))
-    {
-        unitsPerEm = std::max<int>(16, u16(head, 18));
-        longLoca = s16(head, 50) == 1;
-        glyphs = u16(maxp, 4);
-        hMetrics = u16(hhea, 34);
-    }
-
-    // A font with outlines in another form (or none to read) is not embedded:
-    // the reader draws its text with a font of its own, still as text.
-    bool embeddable() const
-    {
-        return head.size() >= 54 && !glyf.isEmpty() && hMetrics > 0 && hmtx.size() >= hMetrics * 4
-            && loca.size() >= (glyphs + 1) * (longLoca ? 4 : 2);
-    }
-
-    double scale() const { return 1000.0 / unitsPerEm; }
-
-    int advance(quint32 g) const { return u16(hmtx, 4 * std::min<qsizetype>(g, hMetrics - 1)); }
-
-    qsizetype glyphStart(quint32 g) const { return longLoca ? u32(loca, 4 * g) : 2 * qsizetype(u16(loca, 2 * g)); }
-
-    QByteArray glyph(quint32 g) const
-    {
-        const qsizetype from = glyphStart(g), to = glyphStart(g + 1);
-        return to > from && to <= glyf.size() ? glyf.mid(from, to - from) : QByteArray();
-    }
-
-    // The glyphs a composite glyph is built of.
-    std::vector<quint32> components(quint32 g) const
-    {
-        std::vector<quint32> parts;
-        const QByteArray data = glyph(g);
-        if (data.size() < 10 || s16(data, 0) >= 0)
-            return parts;
-        qsizetype at = 10;
-        for (;;) {
-            const quint16 flags = u16(data, at);
-            parts.push_back(u16(data, at + 2));
-            at += 4 + ((flags & 0x0001) ? 4 : 2);
-            at += (flags & 0x0008) ? 2 : (flags & 0x0040) ? 4 : (flags & 0x0080) ? 8 : 0;
-            if (!(flags & 0x0020) || at >= data.size())
-                return parts;
-        }
-    }
-
-    // The font file with only the outlines of the glyphs kept; the glyph
-    // numbers stay, so the text can name glyphs by their numbers in the font.
-    QByteArray subset(const std::vector<bool> &used) const
-    {
-        std::set<quint32> keep = {0};
-        std::vector<quint32> todo;
-        for (size_t g = 0; g < used.size(); ++g)
-            if (used[g])
-                todo.push_back(quint32(g));
-        while (!todo.empty()) {
-            const quint32 g = todo.back();
-            todo.pop_back();
-            if (g >= quint32(glyphs) || !keep.insert(g).second)
-                continue;
-            for (quint32 part : components(g))
-                todo.push_back(part);
-        }
-        QByteArray newGlyf, newLoca;
-        for (int g = 0; g <= glyphs; ++g) {
-            const quint32 at = quint32(newGlyf.size());
-            newLoca.append(char(at >> 24)).append(char(at >> 16)).append(char(at >> 8)).append(char(at));
-            if (g < glyphs && keep.count(quint32(g))) {
-                newGlyf += glyph(quint32(g));
-                while (newGlyf.size() % 4)
-                    newGlyf += '\0';
-            }
-        }
-        QByteArray newHead = head;
-        qToBigEndian<quint32>(0, newHead.data() + 8);  // checkSumAdjustment
-        qToBigEndian<qint16>(1, newHead.data() + 50);  // long offsets
-        const std::vector<std::pair<const char *, QByteArray>> tables = {
-            {"cvt ", cvt}, {"fpgm", fpgm}, {"glyf", newGlyf}, {"head", newHead}, {"hhea", hhea},
-            {"hmtx", hmtx}, {"loca", newLoca}, {"maxp", maxp}, {"prep", prep}};
-        return sfnt(tables);
-    }
-
-    static QByteArray sfnt(const std::vector<std::pair<const char *, QByteArray>> &all)
-    {
-        std::vector<std::pair<const char *, QByteArray>> tables;
-        for (const auto &t : all)
-            if (!t.second.isEmpty())
-                tables.push_back(t);
-        const int n = int(tables.size());
-        int power = 1, log2 = 0;
-        while (power * 2 <= n) {
-            power *= 2;
-            ++log2;
-        }
-        QByteArray out(12 + 16 * n, '\0');
-        char *d = out.data();
-        qToBigEndian<quint32>(0x00010000, d);
-        qToBigEndian<quint16>(quint16(n), d + 4);
-        qToBigEndian<quint16>(quint16(power * 16), d + 6);
-        qToBigEndian<quint16>(quint16(log2), d + 8);
-        qToBigEndian<quint16>(quint16(n * 16 - power * 16), d + 10);
-        for (int i = 0; i < n; ++i) {
-            QByteArray data = tables[size_t(i)].second;
-            while (data.size() % 4)
-                data += '\0';
-            quint32 sum = 0;
-            for (qsizetype at = 0; at < data.size(); at += 4)
-                sum += qFromBigEndian<quint32>(data.constData() + at);
-            char *entry = out.data() + 12 + 16 * i;
-            std::copy_n(tables[size_t(i)].first, 4, entry);
-            qToBigEndian<quint32>(sum, entry + 4);
-            qToBigEndian<quint32>(quint32(out.size()), entry + 8);
-            qToBigEndian<quint32>(quint32(tables[size_t(i)].second.size()), entry + 12);
-            out += data;
-        }
-        return out;
-    }
-};
-
-// The font's PostScript name from its naming table, else its family and style.
-QString postScriptName(const QRawFont &raw)
-{
-    const QByteArray t = raw.fontTable("name");
-    const int count = u16(t, 2), strings = u16(t, 4);
-    for (int i = 0; i < count; ++i) {
-        const qsizetype at = 6 + 12 * i;
-        const int platform = u16(t, at), id = u16(t, at + 6), length = u16(t, at + 8);
-        const qsizetype from = strings + u16(t, at + 10);
-        if (id != 6 || from + length > t.size())
-            continue;
-        if (platform == 1)
-            return QString::fromLatin1(t.constData() + from, length);
-        if (platform == 3 || platform == 0) {
-            QString name;
-            for (int k = 0; k + 1 < length; k += 2)
-                name += QChar(u16(t, from + k));
-            return name;
-        }
-    }
-    return raw.familyName() + QLatin1Char('-') + raw.styleName();
-}
-
 // A name a reader accepts: letters, digits and hyphens.
-QByteArray fontName(const QRawFont &raw, int index)
+QByteArray fontName(const QString &postScript, int index)
 {
     QByteArray name;
-    for (QChar c : postScriptName(raw))
+    for (QChar c : postScript)
         if (c.unicode() < 128 && (c.isLetterOrNumber() || c == QLatin1Char('-')))
             name += char(c.unicode());
     // the six capitals that mark a subset
@@ -303,28 +138,33 @@ void PdfWriter::writeStream(int object, const QByteArray &dict, const QByteArray
 
 int PdfWriter::addFont(const QRawFont &font, bool thicken, bool slant)
 {
+    if (!TrueType(font).embeddable())
+        return -1;
+    const QString name = postScriptName(font);
     for (size_t i = 0; i < m_fonts.size(); ++i) {
         const Font &f = m_fonts[i];
-        if (f.raw.familyName() == font.familyName() && f.raw.styleName() == font.styleName()
-            && f.raw.weight() == font.weight() && f.raw.style() == font.style() && f.thicken == thicken
-            && f.slant == slant)
+        if (f.name == name && f.thicken == thicken && f.slant == slant)
             return int(i);
     }
     Font f;
     f.raw = font;
+    f.name = name;
     f.thicken = thicken;
     f.slant = slant;
     m_fonts.push_back(std::move(f));
     return int(m_fonts.size() - 1);
 }
 
-void PdfWriter::mapGlyph(int font, quint32 glyph, char32_t ch)
+void PdfWriter::mapGlyph(int font, quint32 glyph, char32_t ch, double width)
 {
     Font &f = m_fonts[size_t(font)];
-    if (f.text.size() <= glyph)
+    if (f.text.size() <= glyph) {
         f.text.resize(glyph + 1, 0);
+        f.widths.resize(glyph + 1, -1);
+    }
     if (!f.text[glyph])
         f.text[glyph] = ch;
+    f.widths[glyph] = float(width);
 }
 
 void PdfWriter::beginPage()
@@ -448,7 +288,11 @@ void PdfWriter::endPage()
     const int contents = reserve(2);
     writeStream(contents, QByteArray(), deflate(m_content, 1));
     beginObject(contents + 1);
-    QByteArray page = "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 ";
+    if (m_pages.size() % kPagesPerNode == 0)
+        m_nodes.push_back(reserve());
+    QByteArray page = "<< /Type /Page /Parent ";
+    appendInt(page, m_nodes.back());
+    page += " 0 R /MediaBox [0 0 ";
     appendNumber(page, m_page.width());
     page += ' ';
     appendNumber(page, m_page.height());
@@ -491,10 +335,9 @@ void PdfWriter::writeFont(const Font &font, int index)
 {
     const TrueType tt(font.raw);
     const double k = tt.scale();
-    const QByteArray name = fontName(font.raw, index);
+    const QByteArray name = fontName(font.name, index);
     const int type0 = font.object, cid = font.object + 1, descriptor = font.object + 2, file = font.object + 3,
               unicode = font.object + 4;
-    const bool embed = tt.embeddable();
 
     QByteArray d = "<< /Type /Font /Subtype /Type0 /BaseFont /" + name + " /Encoding /Identity-H /DescendantFonts [";
     appendInt(d, cid);
@@ -517,7 +360,7 @@ void PdfWriter::writeFont(const Font &font, int index)
         appendInt(d, qint64(g));
         d += " [";
         for (; g < font.used.size() && font.used[g]; ++g) {
-            appendNumber(d, embed ? tt.advance(quint32(g)) * k : 500);
+            appendNumber(d, g < font.widths.size() && font.widths[g] >= 0 ? font.widths[g] : tt.advance(quint32(g)) * k);
             d += ' ';
         }
         d += "] ";
@@ -532,30 +375,21 @@ void PdfWriter::writeFont(const Font &font, int index)
         d += ' ';
     }
     d += "] /ItalicAngle ";
-    d += font.raw.style() == QFont::StyleNormal ? "0" : "-12";
+    d += fileStyle(font.raw).italic ? "-12" : "0";
     d += " /Ascent ";
     appendNumber(d, s16(tt.hhea, 4) * k);
     d += " /Descent ";
     appendNumber(d, s16(tt.hhea, 6) * k);
     d += " /CapHeight ";
     appendNumber(d, s16(tt.hhea, 4) * k);
-    d += " /StemV 80";
-    if (embed) {
-        d += " /FontFile2 ";
-        appendInt(d, file);
-        d += " 0 R";
-    }
-    d += " >>\nendobj\n";
+    d += " /StemV 80 /FontFile2 ";
+    appendInt(d, file);
+    d += " 0 R >>\nendobj\n";
     beginObject(descriptor);
     m_offset += m_out.write(d);
 
-    if (embed) {
-        const QByteArray program = tt.subset(font.used);
-        writeStream(file, QByteArray(), deflate(program, 6), program.size());
-    } else {
-        beginObject(file);
-        m_offset += m_out.write("null\nendobj\n");
-    }
+    const QByteArray program = tt.subset(font.used);
+    writeStream(file, QByteArray(), deflate(program, 6), program.size());
     writeStream(unicode, QByteArray(), deflate(toUnicode(font), 6));
 }
 
@@ -579,16 +413,31 @@ void PdfWriter::finish(const QString &title)
     beginObject(3);
     m_offset += m_out.write(d);
 
-    beginObject(2);
-    d = "<< /Type /Pages /Count ";
-    appendInt(d, qint64(m_pages.size()));
-    d += " /Kids [";
-    for (size_t i = 0; i < m_pages.size(); ++i) {
-        appendInt(d, m_pages[i]);
-        d += (i + 1) % 10 ? " 0 R " : " 0 R\n";
+    // The page tree in two levels, so that no array grows with the pages
+    // past what every reader takes.
+    const auto writeNode = [this](int object, int parent, const int *kids, size_t count, qint64 pages) {
+        beginObject(object);
+        QByteArray node = "<< /Type /Pages";
+        if (parent) {
+            node += " /Parent ";
+            appendInt(node, parent);
+            node += " 0 R";
+        }
+        node += " /Count ";
+        appendInt(node, pages);
+        node += " /Kids [";
+        for (size_t i = 0; i < count; ++i) {
+            appendInt(node, kids[i]);
+            node += (i + 1) % 10 ? " 0 R " : " 0 R\n";
+        }
+        node += "] >>\nendobj\n";
+        m_offset += m_out.write(node);
+    };
+    for (size_t n = 0; n < m_nodes.size(); ++n) {
+        const size_t first = n * kPagesPerNode, count = std::min(kPagesPerNode, m_pages.size() - first);
+        writeNode(m_nodes[n], 2, m_pages.data() + first, count, qint64(count));
     }
-    d += "] >>\nendobj\n";
-    m_offset += m_out.write(d);
+    writeNode(2, 0, m_nodes.data(), m_nodes.size(), qint64(m_pages.size()));
 
     const int info = reserve();
     beginObject(info);

@@ -29,11 +29,13 @@ public:
 
     QSizeF printableSize() const { return m_printable; }
 
-    // A font for text; its handle is what beginText takes. A font file
-    // without a bold or slanted face is thickened or slanted where asked.
+    // A font for text; its handle is what beginText takes, -1 for a font
+    // whose outlines cannot be embedded (not TrueType). Where the file lacks
+    // the bold or slanted face asked for, the text is thickened or slanted.
     int addFont(const QRawFont &font, bool thicken, bool slant);
-    // The character a glyph stands for, for the map back to Unicode.
-    void mapGlyph(int font, quint32 glyph, char32_t ch);
+    // The character a glyph stands for, for the map back to Unicode, and its
+    // width in thousandths of the font size, as the layout measured it.
+    void mapGlyph(int font, quint32 glyph, char32_t ch, double width);
 
     void beginPage();
     void fillRect(const QRectF &rect, double gray);
@@ -52,10 +54,12 @@ public:
 private:
     struct Font {
         QRawFont raw;
+        QString name;                  // PostScript
         bool thicken = false;
         bool slant = false;
         int object = 0;                // the first of its five objects, once a page uses it
         std::vector<char32_t> text;    // by glyph: 0 unused, else its character
+        std::vector<float> widths;     // by glyph: -1 unknown
         std::vector<bool> used;
     };
 
@@ -75,7 +79,9 @@ private:
     QSizeF m_printable;
 
     std::vector<Font> m_fonts;
+    static constexpr size_t kPagesPerNode = 64;
     std::vector<int> m_pages;          // page objects
+    std::vector<int> m_nodes;          // the page tree's nodes below its root
     QByteArray m_content;              // the page being drawn
     double m_fill = -1;                // the content's fill gray (-1 unknown)
     Font *m_textFont = nullptr;

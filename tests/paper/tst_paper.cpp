@@ -5,8 +5,10 @@
 
 #include "db/u_busy.h"
 #include "grid/u_gridmodel.h"
+#include "paper/u_canvas.h"
 #include "paper/u_fonts.h"
 #include "paper/u_gridpaper.h"
+#include "paper/u_truetype.h"
 #include "reports/u_frmAnalizaRegistruJurnal.h"
 #include "reports/u_frmFisaDeContAnalitica.h"
 #include "tests/gridcore/u_testdataset.h"
@@ -19,6 +21,7 @@
 
 #include <QAction>
 #include <QFile>
+#include <QFontDatabase>
 #include <QLabel>
 #include <QMenu>
 #include <QProcess>
@@ -87,6 +90,30 @@ struct Ledger {
         m.setFooterSummaries({{QStringLiteral("valoare"), grid::SummaryKind::Sum, QStringLiteral("#,##0.00")}});
         ds.openNow();
     }
+};
+
+// A canvas that only remembers the fonts it was given.
+struct FontRecorder : paper::Canvas {
+    struct Font {
+        QRawFont raw;
+        bool thicken, slant;
+    };
+    std::vector<Font> fonts;
+    double unit() const override { return 1; }
+    QSizeF size() const override { return {800, 600}; }
+    void begin() override {}
+    void startPage(int) override {}
+    void finishPage() override {}
+    void end() override {}
+    void fillRect(const QRectF &, int) override {}
+    void strokeLines(const QLineF *, qsizetype, int, double) override {}
+    int addFont(const QRawFont &raw, bool thicken, bool slant) override
+    {
+        fonts.push_back({raw, thicken, slant});
+        return int(fonts.size() - 1);
+    }
+    void mapGlyph(int, quint32, char32_t, double) override {}
+    void drawGlyphs(int, double, const paper::GlyphStrings &) override {}
 };
 
 struct Stopper : db::busy::Watcher {
@@ -232,7 +259,8 @@ private slots:
         for (char16_t c = 33; c < 127; ++c)
             ascii += QChar(c);
         const QStringList texts = {ascii, QStringLiteral("Pret 12,50 € „ghilimele” – liniuta"),
-                                   QStringLiteral("inainte") + QString::fromUcs4(U"\U0010FFFD", 1) + QStringLiteral("dupa")};
+                                   QStringLiteral("inainte") + QString::fromUcs4(U"\U0010FFFD", 1) + QStringLiteral("dupa"),
+                                   QStringLiteral("coloana\tdoi\r"), QStringLiteral("fara\u200Bspatiu")};
         TestDataSet ds({{QStringLiteral("text"), FieldType::Text}});
         for (const QString &t : texts)
             ds.add({t});
@@ -246,6 +274,9 @@ private slots:
         QVERIFY2(t.contains(ascii), qPrintable(t));
         QVERIFY(t.contains(texts[1]));
         QVERIFY(t.contains(QStringLiteral("inainte?dupa")));
+        // control characters as blanks, invisible ones not at all
+        QVERIFY(t.contains(QStringLiteral("coloana doi")) && t.contains(QStringLiteral("faraspatiu")));
+        QCOMPARE(t.count(QLatin1Char('?')), 2);
 
         QProcess p;
         p.start(QStringLiteral("pdffonts"), {pdf});
@@ -254,6 +285,38 @@ private slots:
         QVERIFY(fonts.size() >= 2);
         for (const QString &f : fonts)
             QVERIFY2(f.isEmpty() || f.contains(QRegularExpression(QStringLiteral("yes\\s+yes\\s+yes"))), qPrintable(f));
+    }
+
+    // Bold and italic text comes out bold and slanted once: from the font's
+    // own bold or italic file, or made so where the family has no such file.
+    // Checked on the program's fonts and on every family of a single face.
+    void facesKeepTheirStyle()
+    {
+        QStringList families = {QStringLiteral("Tahoma"), QStringLiteral("DejaVu Sans")};
+        for (const QString &family : QFontDatabase::families())
+            if (QFontDatabase::styles(family).size() == 1)
+                families << family;
+        for (const QString &family : families)
+            for (const bool bold : {false, true})
+                for (const bool italic : {false, true}) {
+                    QFont f(family);
+                    f.setPointSizeF(9);
+                    f.setBold(bold);
+                    f.setItalic(italic);
+                    FontRecorder canvas;
+                    try {
+                        paper::Face face(f, canvas);
+                    } catch (const QuarvError &) {
+                        continue; // no font file to read
+                    }
+                    const FontRecorder::Font &used = canvas.fonts.at(0);
+                    const QString file = paper::postScriptName(used.raw);
+                    const bool boldFile = file.contains(QRegularExpression(QStringLiteral("Bold|Black|Heavy")));
+                    const bool italicFile = file.contains(QRegularExpression(QStringLiteral("Italic|Oblique")));
+                    const QString what = QStringLiteral("%1 bold=%2 italic=%3 from %4").arg(family).arg(bold).arg(italic).arg(file);
+                    QVERIFY2(used.thicken == (bold && !boldFile), qPrintable(what));
+                    QVERIFY2(used.slant == (italic && !italicFile), qPrintable(what));
+                }
     }
 
     // Stopped half way: no file, and a file of that name keeps its bytes.
