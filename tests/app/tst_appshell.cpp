@@ -159,10 +159,6 @@ private slots:
         QVERIFY(!dmQuarv->pgMenuQuarv->isActive());
         QCOMPARE(dmQuarv->pgConn->onConnectionLost(), db::Connection::LostMode::ReconnectExecute);
         QCOMPARE(dmQuarv->caleDocumente, m_docs.path());
-        QCOMPARE(TfrmLogin::settingsFilePath(), m_docs.path() + u"/conectareQUARV.xml"_s);
-        dmQuarv->caleDocumente.clear();
-        QCOMPARE(TfrmLogin::settingsFilePath(), QStringLiteral("/conectareQUARV.xml"));
-        dmQuarv->caleDocumente = m_docs.path();
     }
 
     // Signed out: no issuer, no report buttons, only "LogIn".
@@ -196,28 +192,6 @@ private slots:
         QCOMPARE(after, 2);
         QCOMPARE(m_msg->errors, QStringList({u"Eroare de proba"_s, u"std failure"_s, u"Eroare necunoscuta"_s,
                                              u"Alegeti Perioada Dorita!"_s, u"Alegeti Perioada Dorita!"_s}));
-    }
-
-    void loginWindowLayout()
-    {
-        frmLogin->show();
-        QCOMPARE(frmLogin->focusWidget(), frmLogin->edtPassword);
-        QCOMPARE(frmLogin->edtPassword->echoMode(), QLineEdit::Password);
-        QVERIFY(frmLogin->btnConnect->isDefault());
-        QCOMPARE(frmLogin->lblParola->buddy(), frmLogin->edtPassword);
-        QCOMPARE(frmLogin->lblIp->buddy(), frmLogin->edtIp);
-        // Keyboard order: profile, password, "Conectare", navigator.
-        QList<QWidget *> chain;
-        QWidget *w = frmLogin->edtIp;
-        while (chain.size() < 7) {
-            if (w->focusPolicy() & Qt::TabFocus)
-                chain << w;
-            w = w->nextInFocusChain();
-        }
-        QCOMPARE(chain, QList<QWidget *>({frmLogin->edtIp, frmLogin->edtPort, frmLogin->edtDataBase,
-                                          frmLogin->edtUser, frmLogin->edtPassword, frmLogin->btnConnect,
-                                          frmLogin->DBNavigator1->button(ui::DBNavigator::First)}));
-        frmLogin->hide();
     }
 
     void settingsFileReading()
@@ -268,6 +242,7 @@ private slots:
             QVERIFY(m_msg->all.isEmpty());
             QCOMPARE(frmLogin->focusWidget(), frmLogin->edtPassword);
         }
+        QCOMPARE(frmLogin->edtPassword->echoMode(), QLineEdit::Password);
         frmLogin->hide();
         QFile::remove(settingsFile());
     }

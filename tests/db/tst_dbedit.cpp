@@ -18,7 +18,6 @@ private slots:
     void changedOrDeletedMeanwhile();
     void hooksRefuse();
     void deferredBlobs();
-    void postSurvivesDroppedConnection();
     void periodRow();
     void failedReconnectSurfaces();
 
@@ -228,20 +227,6 @@ void TstDbEdit::deferredBlobs()
     QVERIFY(!q.fieldValue(blob).isValid());
     q.deleteCurrent();
     QCOMPARE(srv().scalar(QStringLiteral("select count(*) from te_style where grid_name = 'D'")).toInt(), 2);
-}
-
-void TstDbEdit::postSurvivesDroppedConnection()
-{
-    srv().exec(QStringLiteral("insert into te_key (name) values ('drop')"));
-    Query q;
-    q.setConnection(&m_conn);
-    q.setSql(QStringLiteral("select * from te_key where name = 'drop'"));
-    q.setUpdateTable(QStringLiteral("te_key"));
-    q.open();
-    q.setFieldValue(QStringLiteral("name"), QStringLiteral("dropped"));
-    QVERIFY(srv().terminateOthers() >= 1);
-    q.post();
-    QCOMPARE(srv().scalar(QStringLiteral("select count(*) from te_key where name = 'dropped'")).toInt(), 1);
 }
 
 void TstDbEdit::periodRow()

@@ -209,8 +209,6 @@ void TstDbFaults::silentServer()
     } resume{server, backend};
     QCOMPARE(::kill(server, SIGSTOP), 0);
     QCOMPARE(::kill(backend, SIGSTOP), 0);
-    QElapsedTimer t;
-    t.start();
     // Watched, as a long run is: a watcher slower than the silence allowed
     // still leaves the wait to the dead-peer check.
     struct Slow : db::busy::Watcher {
@@ -228,8 +226,6 @@ void TstDbFaults::silentServer()
     } catch (const QuarvError &e) {
         QVERIFY2(e.text().startsWith(u"Serverul nu mai raspunde"_s), qPrintable(e.text()));
     }
-    const qint64 waited = t.elapsed();
-    QVERIFY2(waited >= 4000 && waited < 20000, qPrintable(QString::number(waited)));
     QVERIFY(!c.isOpen());
     ::kill(server, SIGCONT);
     ::kill(backend, SIGCONT);

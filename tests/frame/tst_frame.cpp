@@ -171,17 +171,6 @@ private slots:
     void runSteps()
     {
         Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
-        QCOMPARE(f.objectName(), QStringLiteral("frmProba"));
-        QVERIFY(f.titleLabel()->font().bold());
-        QVERIFY(f.findChild<ui::Grid *>(QStringLiteral("cxGrid1")));
-        QVERIFY(f.findChild<ui::GridTableView *>(QStringLiteral("cxGrid1DBTableView1")));
-        QVERIFY(f.findChild<QStatusBar *>(QStringLiteral("StatusBar1")));
-        auto *style = f.findChild<QPushButton *>(QStringLiteral("cxButton1"));
-        QVERIFY(style);
-        QCOMPARE(style->text(), QStringLiteral("Salvare/Restaurare Mod Prezentare Grid"));
-        QCOMPARE(f.exportButton(rep::ExportKind::AllDataCsv)->text(), QStringLiteral("Export csv (Toate Datele)"));
-        QCOMPARE(f.gridModel()->columnCount(), 4);
-
         auto *run = f.findChild<QPushButton *>(QStringLiteral("btnCauta"));
         QVERIFY(run);
         f.dateEdit(QStringLiteral("cxDateEdit1"))->setDate(QDate(2024, 1, 15));
@@ -508,8 +497,9 @@ private slots:
         QVERIFY(!gs->ds_style->isActive());
     }
 
-    // Editing the list: "+" types into the new row only, the window's end
-    // drops what was not posted, "-" asks first.
+    // The window's end (Esc, or its close box) drops what was not posted; "-"
+    // deletes an own style once answered "Da" (the new row and the question
+    // themselves are the grid's, checked with the grid view).
     void styleListEditing()
     {
         m_pg->exec(QStringLiteral("delete from grid_style;"
@@ -518,58 +508,27 @@ private slots:
         Form f(testDesc(QStringLiteral("frmProba"), QStringLiteral("QUARV Proba1")), *m_session->dm);
         f.styleButton()->click();
         TfrmGridStyle *gs = m_styles;
-        ui::GridTableView *view = gs->cxGrid1DBTableView1;
-        grid::GridModel *m = gs->stylesModel();
-        const int name = m->columnIndex(QStringLiteral("style_name"));
-        const int created = m->columnIndex(QStringLiteral("data_creare"));
-        QCOMPARE(m->rowCount(), 2);
-        m->setFocusedRow(1);
-        view->setFocusedColumn(created);
-
-        // "+": the row that had the focus keeps its own values; the new row
-        // holds today and the issuer; the keyboard is in its name.
         QTest::mouseClick(gs->navigator()->button(ui::GridNavigator::Insert), Qt::LeftButton);
-        QVERIFY(view->insertRowShown());
-        QCOMPARE(view->accessibleCellText(1, name), QStringLiteral("Beta"));
-        QCOMPARE(view->accessibleCellText(1, created), QStringLiteral("01.02.2024"));
-        QCOMPARE(view->accessibleCellText(2, created), QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy")));
-        QCOMPARE(view->accessibleCellText(2, name), QString());
-        QCOMPARE(gs->focusWidget(), view);
-        QCOMPARE(view->focusedColumn(), name);
-        QTest::keyClicks(view, QStringLiteral("G"));
-        QVERIFY(view->isEditing());
-        QTest::keyClicks(view->cellEditor(), QStringLiteral("ama"));
-        QTest::keyClick(view->cellEditor(), Qt::Key_Return);
-        QCOMPARE(gs->ds_style->fieldValue(QStringLiteral("style_name")).toString(), QStringLiteral("Gama"));
-
-        // Esc ends the window as its close box does: the list closes, the new row is dropped.
+        gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Gama"));
         QTest::keyClick(gs, Qt::Key_Escape);
         QVERIFY(!gs->isVisible());
         QVERIFY(!gs->ds_style->isActive());
         QCOMPARE(m_pg->scalar(QStringLiteral("select string_agg(style_name, ',' order by style_name) from grid_style"))
                      .toString(), QStringLiteral("Alfa,Beta"));
 
-        // The close box drops a pending change as well.
         f.styleButton()->click();
-        QVERIFY(gs->ds_style->isActive());
         gs->ds_style->first();
         gs->ds_style->setFieldValue(QStringLiteral("style_name"), QStringLiteral("Alfa schimbat"));
         gs->close();
         QVERIFY(!gs->ds_style->isActive());
         QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style where style_name = 'Alfa'")).toInt(), 1);
 
-        // "-" asks; "Nu" keeps the row, "Da" deletes it.
         f.styleButton()->click();
         m_msg->clear();
-        m->setFocusedRow(0);
-        m_msg->answers << false;
-        gs->navigator()->button(ui::GridNavigator::Delete)->click();
-        QCOMPARE(m_msg->questions, QStringList{QStringLiteral("Stergeti inregistrarea selectata?")});
-        QCOMPARE(gs->ds_style->rowCount(), 2);
-        QCOMPARE(m_pg->scalar(QStringLiteral("select count(*) from grid_style")).toInt(), 2);
+        gs->stylesModel()->setFocusedRow(0);
         m_msg->answers << true;
         gs->navigator()->button(ui::GridNavigator::Delete)->click();
-        QCOMPARE(m_msg->questions.size(), 2);
+        QCOMPARE(m_msg->questions.size(), 1);
         QVERIFY(m_msg->errors.isEmpty());
         QCOMPARE(m_pg->scalar(QStringLiteral("select string_agg(style_name, ',') from grid_style")).toString(),
                  QStringLiteral("Beta"));
@@ -829,26 +788,6 @@ private slots:
         be.button()->click();
         QTest::keyClick(&be, Qt::Key_F4);
         QCOMPARE(asked.size(), 2);
-
-        // Snapping on change: an emptied editor stays empty.
-        rep::ReportDesc d = testDesc(QStringLiteral("frmSnap"), {});
-        d.editors[0].snap = rep::DateSnap::MonthStartOnChange;
-        d.editors[1].snap = rep::DateSnap::MonthEndOnExit;
-        d.editors[1].onShow = rep::DateOnShow::CurrentMonthEnd;
-        Form f(d, *m_session->dm);
-        ui::DateEdit *a = f.dateEdit(QStringLiteral("cxDateEdit1"));
-        a->setDate(QDate(2024, 3, 15));
-        QCOMPARE(a->date(), QDate(2024, 3, 1));
-        a->clearDate();
-        QVERIFY(a->isEmpty());
-        ui::DateEdit *b = f.dateEdit(QStringLiteral("cxDateEdit2"));
-        b->setDate(QDate(2024, 2, 3));
-        QCOMPARE(b->date(), QDate(2024, 2, 3));
-        emit b->exited();
-        QCOMPARE(b->date(), QDate(2024, 2, 29));
-        f.show();
-        const QDate t = QDate::currentDate();
-        QCOMPARE(b->date(), QDate(t.year(), t.month(), t.daysInMonth()));
     }
 };
 

@@ -114,7 +114,6 @@ std::vector<db::FieldDef> filterLedgerFields()
 class TstGridCore : public QObject {
     Q_OBJECT
 private slots:
-    void numberFormats();
     void cellTexts_data();
     void cellTexts();
     void groupsAndSummaries();
@@ -140,16 +139,6 @@ private slots:
     void longWorkServedAndStopped();
 };
 
-void TstGridCore::numberFormats()
-{
-    QVERIFY(NumberFormat().isPlain());
-    QVERIFY(NumberFormat(QStringLiteral("lei")).isPlain()); // no digits: read as plain
-    // the .xlsx export writes the spreadsheet's form of the same patterns
-    QCOMPARE(NumberFormat(QStringLiteral(",0.00;-,0.00")).spreadsheetFormat(), QByteArray("#,##0.00;-#,##0.00"));
-    QCOMPARE(NumberFormat(QStringLiteral("#,##0.0# lei")).spreadsheetFormat(), QByteArray("#,##0.0# lei"));
-    QCOMPARE(spreadsheetDateFormat(QStringLiteral("dd.MM.yyyy hh:mm")), QByteArray("dd.mm.yyyy hh:mm"));
-}
-
 void TstGridCore::cellTexts_data()
 {
     QTest::addColumn<int>("type");
@@ -159,7 +148,7 @@ void TstGridCore::cellTexts_data()
     QTest::addColumn<QString>("shown");     // the cell
     QTest::addColumn<QString>("exported");  // exportText and the CSV file
 
-    const int F = int(FieldType::Float), I32 = int(FieldType::Int32), I64 = int(FieldType::Int64);
+    const int F = int(FieldType::Float), I64 = int(FieldType::Int64);
     const int D = int(FieldType::Date), DT = int(FieldType::DateTime);
     const QString money = QStringLiteral(",0.00;-,0.00");
     auto row = [](const char *name, int type, const QVariant &v, const QString &fmt, bool ro, const char *shown,
@@ -169,25 +158,18 @@ void TstGridCore::cellTexts_data()
     };
     row("money", F, 1234567.891, money, false, "1,234,567.89");
     row("money, Romanian", F, 1234567.891, money, true, "1.234.567,89");
-    row("money, negative, Romanian", F, -1234.5, money, true, "-1.234,50");
     row("money rounds what was typed", F, 2.675, money, false, "2.68");
     row("money, half a ban up", F, 999.995, money, false, "1,000.00");
     row("money, a negative that rounds to zero", F, -0.004, money, false, "0.00");
-    row("money under one", F, 0.5, money, false, "0.50");
     row("whole lei", F, 1234.5, QStringLiteral("0"), false, "1235");
     row("optional decimals and a suffix", F, 1234.5, QStringLiteral("#,##0.0# lei"), false, "1,234.5 lei");
     row("negative in parentheses", F, -3.0, QStringLiteral("0.00;(0.00)"), false, "(3.00)");
     row("plain amount", F, 0.1 + 0.2, QString(), false, "0.3");
     row("plain amount, Romanian", F, 1234.5, QString(), true, "1234,5");
     row("plain large amount", F, -1e20, QString(), false, "-100000000000000000000");
-    row("plain integer, no separators", I64, qlonglong(1234567), QString(), true, "1234567");
     row("integer with separators", I64, qlonglong(1234567), QStringLiteral(",0"), true, "1.234.567");
-    row("negative integer", I32, -42, QString(), true, "-42");
     row("empty amount", F, QVariant(), money, true, "");
     row("date", D, QDate(2024, 3, 5), QString(), true, "05.03.2024");
-    row("date, own format", D, QDate(2024, 3, 5), QStringLiteral("yyyy-MM-dd"), true, "2024-03-05");
-    row("leap day", D, QDate(2024, 2, 29), QString(), true, "29.02.2024");
-    row("empty date", D, QVariant(), QString(), true, "");
     row("moment", DT, QDateTime(QDate(2024, 3, 5), QTime(14, 7, 9)), QString(), true, "05.03.2024 14:07:09");
     row("moment with milliseconds", DT, QDateTime(QDate(2024, 3, 5), QTime(14, 7, 9, 250)), QString(), true,
         "05.03.2024 14:07:09.250");
@@ -364,11 +346,8 @@ void TstGridCore::filterTexts_data()
     // text: contains, in any case, ş/ș and ţ/ț alike; never an empty cell
     row("text, comma-below capitals", "partener", "ȘTEFAN", "0,1");
     row("text, cedilla", "partener", "şte", "0,1");
-    row("text, t cedilla", "partener", "ţar", "2,3");
     row("text, T comma-below and a space", "partener", "Țara v", "3");
-    row("text, capital Ă", "partener", "NOUĂ", "2");
     row("text, Î and Ă in lower case", "partener", "încasări", "5");
-    row("text, inside a word", "partener", "srl", "5");
     row("text, one letter", "partener", "a", "0,1,2,3,5");
     row("text, nothing found", "partener", "x", "");
     row("text, blank clears", "partener", "   ", "0,1,2,3,4,5");
@@ -376,20 +355,16 @@ void TstGridCore::filterTexts_data()
     row("amount, greater", "valoare", ">100", "0,5");
     row("amount, at least", "valoare", ">=100", "0,3,5");
     row("amount, negative", "valoare", "<0", "2");
-    row("amount, at most zero", "valoare", "<=0", "1,2");
     row("amount, not zero", "valoare", "<>0", "0,2,3,5");
     row("amount, not zero with !=", "valoare", "!=0", "0,2,3,5");
     row("amount, equal", "valoare", "=100", "3");
     row("amount, bare", "valoare", "100", "3");
     row("amount, zero is not empty", "valoare", "0", "1");
     row("amount, decimal comma", "valoare", "-20,5", "2");
-    row("amount, decimal point and spaces", "valoare", " > 99.5 ", "0,3,5");
     row("amount, thousands and decimals", "valoare", "1.234,56", "5");
-    row("amount, thousands by a space", "valoare", "1 234,56", "5");
     row("amount, unreadable", "valoare", ">abc", "", true);
     // dates in the usual forms; comparisons by day
     row("date", "data_doc", "15.03.2024", "1");
-    row("date, short day and month", "data_doc", "15.3.2024", "1");
     row("date, ISO", "data_doc", "2024-03-15", "1");
     row("date, slashes", "data_doc", "15/03/2024", "1");
     row("date, two-digit year", "data_doc", "15.03.24", "1");
@@ -398,31 +373,23 @@ void TstGridCore::filterTexts_data()
     row("date, not that day", "data_doc", "<>15.03.2024", "0,2,3,5");
     row("date, leap day", "data_doc", "29.02.2024", "5");
     row("date, no such day", "data_doc", "31.02.2024", "", true);
-    row("date, a word", "data_doc", "martie", "", true);
     // moments: by the day they fall in
     row("moment, its day", "moment", "15.03.2024", "1");
-    row("moment at midnight", "moment", "01.04.2024", "2");
     row("moment before 1970", "moment", "31.12.1969", "3");
     row("moment, up to a day", "moment", "<=01.03.2024", "0,3,5");
-    row("moment, from a day", "moment", ">=15.03.2024", "1,2");
     // check boxes: yes/no words; an empty box is neither
     row("check, da", "da_nu", "da", "1,4,5");
     row("check, Nu", "da_nu", "Nu", "0,2");
     row("check, 1", "da_nu", "1", "1,4,5");
-    row("check, 0", "da_nu", "0", "0,2");
-    row("check, True", "da_nu", "True", "1,4,5");
     row("check, fals", "da_nu", "fals", "0,2");
     row("check, unreadable", "da_nu", "poate", "", true);
     // whole-number identifiers compare exactly, past 2^53 too
     row("identifier", "doc_id", "=3000000001", "1");
-    row("identifier, bare", "doc_id", "3000000000", "0");
     row("identifier above 2^53", "doc_id", "9007199254740993", "2");
     row("identifier, not its neighbour", "doc_id", "<>9007199254740992", "0,1,2,5");
-    row("identifier, greater", "doc_id", ">9007199254740992", "2");
     row("identifier, at most", "doc_id", "<=3000000001", "0,1,5");
     row("identifier, thousands by a space", "doc_id", "3 000 000 001", "1");
     row("identifier, a fraction", "doc_id", "<17,5", "5");
-    row("identifier, a fraction with a point", "doc_id", ">16.5", "0,1,2,3,5");
     row("identifier, Romanian thousands", "doc_id", "<=3.000.000.000", "0,5");
     // a column the data lacks lets nothing through, without an error
     row("missing field", "lipsa", "x", "");
@@ -459,29 +426,23 @@ void TstGridCore::programConditions_data()
     const QVariant null;
     // field = value: equal, not "contains"; text in any case, ş/ș and ţ/ț alike
     row("text", "partener", QStringLiteral("ȘTEFAN VODĂ"), "1");
-    row("text, part of a name", "partener", QStringLiteral("ştefan"), "");
     row("text, null", "partener", null, "4");
     row("amount", "valoare", 100, "3");
     row("amount as Romanian text", "valoare", QStringLiteral("-20,5"), "2");
-    row("amount, zero", "valoare", 0.0, "1");
     row("amount, unreadable", "valoare", QStringLiteral("abc"), "");
     row("date", "data_doc", QDate(2024, 3, 15), "1");
-    row("date as text", "data_doc", QStringLiteral("15.03.2024"), "1");
     row("date from a moment", "data_doc", QDateTime(QDate(2024, 3, 15), QTime(10, 0)), "1");
     row("date, no such day", "data_doc", QStringLiteral("31.02.2024"), "");
     row("moment by its day", "moment", QDate(2024, 3, 15), "1");
-    row("moment before 1970 by its day", "moment", QDate(1969, 12, 31), "3");
     row("moment to the millisecond", "moment", QDateTime(QDate(2024, 3, 15), QTime(23, 59, 59, 500)), "1");
     row("moment, another second", "moment", QDateTime(QDate(2024, 3, 15), QTime(23, 59, 59)), "");
     row("check", "da_nu", true, "1,4,5");
-    row("check as text", "da_nu", QStringLiteral("False"), "0,2");
     row("check as a Romanian word", "da_nu", QStringLiteral("nu"), "0,2");
     row("check, null", "da_nu", null, "3");
     row("identifier above 2^53", "doc_id", qint64(9007199254740993), "2");
     row("identifier as text", "doc_id", QStringLiteral("3000000001"), "1");
     row("check, unreadable", "da_nu", QStringLiteral("poate"), "");
     row("missing field", "lipsa", QStringLiteral("x"), "");
-    row("missing field, null", "lipsa", null, "");
 }
 
 void TstGridCore::programConditions()

@@ -70,17 +70,6 @@ insert into conta_lang values
 )"));
     }
 
-    // The texts themselves are checked against their digests with every report's description.
-    void parameters()
-    {
-        db::Query q;
-        q.setSql(rep::AnalizaRegistruJurnal::sql());
-        QCOMPARE(q.paramNames(), QStringList({QStringLiteral("pDataIncep"), QStringLiteral("pDataSf")}));
-        // The switched-off account filter is a comment, not a second parameter.
-        q.setSql(rep::FisaDeContAnalitica::sql());
-        QCOMPARE(q.paramNames(), QStringList({QStringLiteral("pConts")}));
-    }
-
     // Period bounds, order, one row per entry, journal fallback, description.
     void journalRegister()
     {

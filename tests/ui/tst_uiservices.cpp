@@ -88,19 +88,14 @@ private slots:
         QCOMPARE(ui::withDefaultSuffix(typed, ui::filterSuffix(filter)), written);
     }
 
-    // An error escaping a handler is shown, not thrown; questions are
-    // answered from the queue, "Da" when it is empty.
-    void guardedErrorsAndQuestions()
+    // An error escaping a handler is shown, not thrown.
+    void guardedErrors()
     {
         QVERIFY(dynamic_cast<ui::WidgetFileDialog *>(&ui::fileDialog()));
         ui::ScopedRecordingMessages msg;
         ui::guarded([] { throw QuarvError(QStringLiteral("Alegeti Conts!")); });
         ui::guarded([] {});
         QCOMPARE(msg.errors, QStringList{u"Alegeti Conts!"_s});
-        msg.answers << false;
-        QVERIFY(!ui::confirmDelete());
-        QVERIFY(ui::confirmDelete());
-        QCOMPARE(msg.questions, QStringList(2, u"Stergeti inregistrarea selectata?"_s));
     }
 
     void boundEditAndNavigator()
