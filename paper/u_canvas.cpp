@@ -228,18 +228,22 @@ QString Face::elided(const QString &text, double width) const
     if (this->width(text) <= width)
         return text;
     const QString ellipsis(QChar(0x2026));
-    const double room = width - this->width(ellipsis);
-    qsizetype lo = 0, hi = text.size();
-    while (lo < hi) {
-        const qsizetype mid = (lo + hi + 1) / 2;
-        if (this->width(QStringView(text).left(mid)) <= room)
-            lo = mid;
-        else
-            hi = mid - 1;
+    return text.left(fitting(text, width - this->width(ellipsis))) + ellipsis;
+}
+
+qsizetype Face::fitting(QStringView text, double width) const
+{
+    double w = 0;
+    qsizetype i = 0;
+    while (i < text.size()) {
+        const bool pair = text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
+        const char32_t c = pair ? QChar::surrogateToUcs4(text[i], text[i + 1]) : text[i].unicode();
+        w += glyph(c).advance;
+        if (w > width)
+            break;
+        i += pair ? 2 : 1;
     }
-    if (lo > 0 && text.at(lo - 1).isHighSurrogate())
-        --lo;
-    return text.left(lo) + ellipsis;
+    return i;
 }
 
 void Face::draw(QPointF baseline, QStringView text)

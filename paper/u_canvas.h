@@ -120,6 +120,8 @@ public:
     double width(QStringView text) const;
     // The text cut to a width, with an ellipsis where it was cut.
     QString elided(const QString &text, double width) const;
+    // How many of the text's first code units fit a width.
+    qsizetype fitting(QStringView text, double width) const;
     // Sets a text on the page at a baseline origin; it reaches the canvas
     // with the rest of the page's text in this face at flush().
     void draw(QPointF baseline, QStringView text);

@@ -49,15 +49,7 @@ struct PaperColumn {
 // is longer still.
 QStringList fitText(const QString &text, const Face &face, double width)
 {
-    qsizetype lo = 1, hi = text.size();
-    while (lo < hi) {
-        const qsizetype mid = (lo + hi + 1) / 2;
-        if (face.width(QStringView(text).left(mid)) <= width)
-            lo = mid;
-        else
-            hi = mid - 1;
-    }
-    qsizetype cut = lo;
+    qsizetype cut = std::max<qsizetype>(1, face.fitting(text, width));
     if (cut < text.size() && text.at(cut) != QLatin1Char(' ')) {
         const qsizetype blank = text.lastIndexOf(QLatin1Char(' '), cut - 1);
         if (blank > 0)

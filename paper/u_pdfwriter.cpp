@@ -138,14 +138,14 @@ void PdfWriter::writeStream(int object, const QByteArray &dict, const QByteArray
 
 int PdfWriter::addFont(const QRawFont &font, bool thicken, bool slant)
 {
-    if (!TrueType(font).embeddable())
-        return -1;
     const QString name = postScriptName(font);
     for (size_t i = 0; i < m_fonts.size(); ++i) {
         const Font &f = m_fonts[i];
         if (f.name == name && f.thicken == thicken && f.slant == slant)
             return int(i);
     }
+    if (!TrueType(font).embeddable()) // reads the outlines: once per font
+        return -1;
     Font f;
     f.raw = font;
     f.name = name;
