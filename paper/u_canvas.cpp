@@ -7,6 +7,7 @@
 #include <QGlyphRun>
 #include <QPagedPaintDevice>
 #include <QPainter>
+#include <QTextLayout>
 
 namespace paper {
 
@@ -114,34 +115,63 @@ constexpr double kMetricsSize = 1000;
 constexpr char32_t kTableSize = 0x0800; // Latin, Greek, Cyrillic
 // The second font, for characters the first lacks.
 const char *const kWideFamily = "DejaVu Sans";
+// At most this many fonts in one face: the two above and those the system
+// falls back to for characters neither has.
+constexpr size_t kMaxSources = 6;
 
 } // namespace
 
 Face::Face(const QFont &font, Canvas &canvas)
-    : m_canvas(canvas), m_pixelSize(font.pointSizeF() * canvas.unit()), m_scale(m_pixelSize / kMetricsSize),
+    : m_canvas(canvas), m_font(font), m_pixelSize(font.pointSizeF() * canvas.unit()), m_scale(m_pixelSize / kMetricsSize),
       m_table(kTableSize)
 {
+    m_sources.reserve(kMaxSources); // draw() compares addresses of the sources' texts
     QFont wide(QString::fromLatin1(kWideFamily));
     wide.setPointSizeF(font.pointSizeF());
     wide.setBold(font.bold());
     wide.setItalic(font.italic());
     for (const QFont &f : {font, wide}) {
         const QRawFont raw = QRawFont::fromFont(f);
-        if (!raw.isValid() || (!m_sources.empty() && raw.familyName() == m_sources[0].metrics.familyName()))
-            continue;
-        const FileStyle file = fileStyle(raw);
-        Source s;
-        s.handle = canvas.addFont(raw, f.bold() && !file.bold, f.italic() && !file.italic);
-        if (s.handle < 0)
-            continue;
-        s.metrics = raw;
-        s.metrics.setPixelSize(kMetricsSize);
-        m_sources.push_back(std::move(s));
+        if (raw.isValid() && (m_sources.empty() || raw.familyName() != m_sources[0].metrics.familyName()))
+            addSource(raw);
     }
     if (m_sources.empty())
         throw QuarvError(QStringLiteral("Fontul %1 nu poate fi folosit pentru tiparire.").arg(font.family()));
     m_ascent = m_sources[0].metrics.ascent() * m_scale;
     m_height = (m_sources[0].metrics.ascent() + m_sources[0].metrics.descent()) * m_scale;
+}
+
+bool Face::addSource(const QRawFont &raw) const
+{
+    const FileStyle file = fileStyle(raw);
+    Source s;
+    s.handle = m_canvas.addFont(raw, m_font.bold() && !file.bold, m_font.italic() && !file.italic);
+    if (s.handle < 0)
+        return false;
+    s.metrics = raw;
+    s.metrics.setPixelSize(kMetricsSize);
+    m_sources.push_back(std::move(s));
+    return true;
+}
+
+bool Face::addFallback(QStringView character) const
+{
+    if (m_sources.size() >= kMaxSources)
+        return false;
+    QTextLayout layout(character.toString(), m_font);
+    layout.beginLayout();
+    layout.createLine();
+    layout.endLayout();
+    for (const QGlyphRun &run : layout.glyphRuns()) {
+        const QRawFont raw = run.rawFont();
+        if (!raw.isValid() || run.glyphIndexes().value(0) == 0)
+            continue;
+        for (const Source &s : m_sources)
+            if (s.metrics.familyName() == raw.familyName() && s.metrics.styleName() == raw.styleName())
+                return false;
+        return addSource(raw);
+    }
+    return false;
 }
 
 void Face::take(size_t source, quint32 index, char32_t c, Glyph &g) const
@@ -165,17 +195,22 @@ bool Face::find(char32_t c, Glyph &g) const
     } else {
         units[0] = char16_t(c);
     }
-    for (size_t i = 0; i < m_sources.size(); ++i) {
-        const QRawFont &raw = m_sources[i].metrics;
-        quint32 indexes[2] = {0, 0};
-        int count = 2;
-        if (raw.glyphIndexesForChars(reinterpret_cast<const QChar *>(units), n, indexes, &count) && count == 1
-            && indexes[0] != 0) {
-            take(i, indexes[0], c, g);
-            return true;
+    const QStringView character(units, n);
+    auto search = [&](size_t from) {
+        for (size_t i = from; i < m_sources.size(); ++i) {
+            quint32 indexes[2] = {0, 0};
+            int count = 2;
+            if (m_sources[i].metrics.glyphIndexesForChars(reinterpret_cast<const QChar *>(units), n, indexes, &count)
+                && count == 1 && indexes[0] != 0) {
+                take(i, indexes[0], c, g);
+                return true;
+            }
         }
-    }
-    return false;
+        return false;
+    };
+    // Neither font has it: the font the system would fall back to, if any.
+    const size_t known = m_sources.size();
+    return search(0) || (addFallback(character) && search(known));
 }
 
 const Face::Glyph &Face::glyph(char32_t c) const

@@ -146,9 +146,12 @@ private:
 
     const Glyph &glyph(char32_t c) const;
     bool find(char32_t c, Glyph &g) const;
+    bool addSource(const QRawFont &raw) const;
+    bool addFallback(QStringView character) const;
     void take(size_t source, quint32 index, char32_t c, Glyph &g) const;
 
     Canvas &m_canvas;
+    QFont m_font;
     double m_pixelSize = 0;
     double m_scale = 0;  // device units per metrics pixel
     double m_ascent = 0, m_height = 0;

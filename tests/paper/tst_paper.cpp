@@ -260,7 +260,9 @@ private slots:
             ascii += QChar(c);
         const QStringList texts = {ascii, QStringLiteral("Pret 12,50 € „ghilimele” – liniuta"),
                                    QStringLiteral("inainte") + QString::fromUcs4(U"\U0010FFFD", 1) + QStringLiteral("dupa"),
-                                   QStringLiteral("coloana\tdoi\r"), QStringLiteral("fara\u200Bspatiu")};
+                                   QStringLiteral("coloana\tdoi\r"), QStringLiteral("fara\u200Bspatiu"),
+                                   // in neither of the program's fonts, but in one the system falls back to
+                                   QStringLiteral("arc \u2312 gata")};
         TestDataSet ds({{QStringLiteral("text"), FieldType::Text}});
         for (const QString &t : texts)
             ds.add({t});
@@ -276,6 +278,7 @@ private slots:
         QVERIFY(t.contains(QStringLiteral("inainte?dupa")));
         // control characters as blanks, invisible ones not at all
         QVERIFY(t.contains(QStringLiteral("coloana doi")) && t.contains(QStringLiteral("faraspatiu")));
+        QVERIFY(t.contains(texts[5]));
         QCOMPARE(t.count(QLatin1Char('?')), 2);
 
         QProcess p;
