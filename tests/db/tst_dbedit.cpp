@@ -1,5 +1,6 @@
 // Editable queries over one table: posting by key or by original values,
-// conflicts, hooks and deferred blobs.
+// conflicts and deferred blobs. The refusing hooks are tried where the style
+// manager uses them (tst_frame).
 #include "db/u_connection.h"
 #include "db/u_query.h"
 #include "tests/support/u_pgtestserver.h"
@@ -16,7 +17,6 @@ private slots:
     void keyedTableEditInsertDelete();
     void keylessTableByOriginalValues();
     void changedOrDeletedMeanwhile();
-    void hooksRefuse();
     void deferredBlobs();
     void periodRow();
     void failedReconnectSurfaces();
@@ -161,35 +161,6 @@ void TstDbEdit::changedOrDeletedMeanwhile()
     k.cancel();
     QVERIFY_THROWS_EXCEPTION(QuarvError, k.deleteCurrent());
     QCOMPARE(k.rowCount(), 2);
-}
-
-void TstDbEdit::hooksRefuse()
-{
-    srv().exec(QStringLiteral("insert into te_style (grid_name, style_name, emitent) values ('G', 'a', 'alt')"));
-    Query q;
-    q.setConnection(&m_conn);
-    q.setSql(QStringLiteral("select grid_name, style_name, emitent from te_style where grid_name = :pGrid"));
-    q.setParam(QStringLiteral("pGrid"), QStringLiteral("G"));
-    q.setUpdateTable(QStringLiteral("te_style"));
-    const QString me = QStringLiteral("eu");
-    q.beforePost = [&](db::DataSet &ds) {
-        if (ds.fieldValue(QStringLiteral("emitent")) != QVariant(me))
-            throw QuarvError(QStringLiteral("Nu puteti modifica o inregistare creata de alt emitent!"));
-    };
-    q.beforeDelete = [&](db::DataSet &ds) {
-        if (ds.fieldValue(QStringLiteral("emitent")) != QVariant(me))
-            throw QuarvError(QStringLiteral("Nu puteti sterge o inregistare creata de alt emitent!"));
-    };
-    q.open();
-    q.setFieldValue(QStringLiteral("style_name"), QStringLiteral("b"));
-    QVERIFY_THROWS_EXCEPTION(QuarvError, q.post());
-    QVERIFY(q.isEditing());
-    QCOMPARE(q.fieldValue(QStringLiteral("style_name")).toString(), QStringLiteral("b"));
-    q.cancel();
-    QVERIFY_THROWS_EXCEPTION(QuarvError, q.deleteCurrent());
-    QCOMPARE(q.rowCount(), 1);
-    QCOMPARE(srv().scalar(QStringLiteral("select style_name from te_style where grid_name = 'G'")).toString(),
-             QStringLiteral("a"));
 }
 
 void TstDbEdit::deferredBlobs()
