@@ -7,6 +7,7 @@
 #include <QGlyphRun>
 #include <QPagedPaintDevice>
 #include <QPainter>
+#include <QPainterPath>
 #include <QTextLayout>
 
 namespace paper {
@@ -47,17 +48,21 @@ void PainterCanvas::strokeLines(const QLineF *lines, qsizetype count, int gray, 
     m_painter->drawLines(lines, int(count));
 }
 
-int PainterCanvas::addFont(const QRawFont &raw, bool, bool)
+int PainterCanvas::addFont(const QRawFont &raw, bool thicken, bool slant)
 {
-    m_fonts.push_back(raw);
+    m_fonts.push_back({raw, thicken, slant});
     return int(m_fonts.size() - 1);
 }
 
 void PainterCanvas::drawGlyphs(int font, double pixelSize, const GlyphStrings &text)
 {
-    QRawFont &raw = m_fonts[size_t(font)];
-    if (raw.pixelSize() != pixelSize)
-        raw.setPixelSize(pixelSize);
+    Font &f = m_fonts[size_t(font)];
+    if (f.raw.pixelSize() != pixelSize)
+        f.raw.setPixelSize(pixelSize);
+    if (f.thicken || f.slant) {
+        drawMadeUp(f, pixelSize, text);
+        return;
+    }
     QList<QPointF> positions;
     positions.reserve(qsizetype(text.glyphs.size()));
     for (const GlyphStrings::String &s : text.strings) {
@@ -68,11 +73,36 @@ void PainterCanvas::drawGlyphs(int font, double pixelSize, const GlyphStrings &t
         }
     }
     QGlyphRun run;
-    run.setRawFont(raw);
+    run.setRawFont(f.raw);
     run.setGlyphIndexes(QList<quint32>(text.glyphs.begin(), text.glyphs.end()));
     run.setPositions(positions);
     m_painter->setPen(Qt::black);
     m_painter->drawGlyphRun(QPointF(0, 0), run);
+}
+
+// A bold or slanted face the font file lacks, made up as the PDF makes it:
+// the outlines lean about each string's origin, and are stroked as well as
+// filled to thicken them.
+void PainterCanvas::drawMadeUp(const Font &f, double pixelSize, const GlyphStrings &text)
+{
+    const QPen thick(Qt::black, pixelSize * 0.03);
+    for (const GlyphStrings::String &s : text.strings) {
+        QPainterPath path;
+        double x = 0;
+        for (qsizetype i = s.first; i < s.first + s.count; ++i) {
+            path.addPath(f.raw.pathForGlyph(text.glyphs[size_t(i)]).translated(x, 0));
+            x += text.advances[size_t(i)];
+        }
+        QTransform lean = QTransform::fromTranslate(s.origin.x(), s.origin.y());
+        if (f.slant)
+            lean.shear(-0.2, 0);
+        m_painter->save();
+        m_painter->setTransform(lean, true);
+        m_painter->fillPath(path, Qt::black);
+        if (f.thicken)
+            m_painter->strokePath(path, thick);
+        m_painter->restore();
+    }
 }
 
 // ---------------------------------------------------------------- PDF

@@ -82,9 +82,15 @@ public:
     void drawGlyphs(int font, double pixelSize, const GlyphStrings &text) override;
 
 private:
+    struct Font {
+        QRawFont raw;
+        bool thicken = false, slant = false;
+    };
+    void drawMadeUp(const Font &f, double pixelSize, const GlyphStrings &text);
+
     QPagedPaintDevice &m_device;
     std::unique_ptr<QPainter> m_painter;
-    std::vector<QRawFont> m_fonts;
+    std::vector<Font> m_fonts;
 };
 
 class PdfCanvas final : public Canvas {

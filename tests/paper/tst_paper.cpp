@@ -22,6 +22,8 @@
 #include <QAction>
 #include <QFile>
 #include <QFontDatabase>
+#include <QImage>
+#include <QPdfWriter>
 #include <QLabel>
 #include <QMenu>
 #include <QProcess>
@@ -320,6 +322,55 @@ private slots:
                     QVERIFY2(used.thicken == (bold && !boldFile), qPrintable(what));
                     QVERIFY2(used.slant == (italic && !italicFile), qPrintable(what));
                 }
+
+        // The printer makes up what the file lacks as the PDF does: plain,
+        // thickened and slanted "IIII" on one page, read back as pixels.
+        const QString pdf = file(QStringLiteral("fete.pdf"));
+        {
+            QPdfWriter printer(pdf);
+            printer.setResolution(72);
+            paper::PainterCanvas canvas(printer);
+            canvas.begin();
+            canvas.startPage(1);
+            QRawFont raw = QRawFont::fromFont(QFont(QStringLiteral("DejaVu Sans")));
+            raw.setPixelSize(40);
+            const QList<quint32> glyphs = raw.glyphIndexesForString(QStringLiteral("IIII"));
+            for (int k = 0; k < 3; ++k) {
+                paper::GlyphStrings text;
+                text.strings.push_back({QPointF(20, 60 + 80 * k), 0, glyphs.size()});
+                for (quint32 g : glyphs) {
+                    text.glyphs.push_back(g);
+                    text.advances.push_back(30);
+                }
+                canvas.drawGlyphs(canvas.addFont(raw, k == 1, k == 2), 40, text);
+            }
+            canvas.end();
+        }
+        QVERIFY(QProcess::execute(QStringLiteral("pdftoppm"), {QStringLiteral("-gray"), QStringLiteral("-r"), QStringLiteral("72"),
+                                                                QStringLiteral("-singlefile"), pdf, file(QStringLiteral("fete"))})
+                == 0);
+        const QImage page(file(QStringLiteral("fete.pgm")));
+        QVERIFY(!page.isNull());
+        // Per line of text: its ink, and how far right its upper half stands
+        // of its lower half.
+        auto measure = [&](int k) {
+            double ink = 0, upper = 0, upperInk = 0, lower = 0, lowerInk = 0;
+            for (int y = 60 + 80 * k - 40; y < 60 + 80 * k; ++y)
+                for (int x = 0; x < 200; ++x) {
+                    const double dark = 255 - qGray(page.pixel(x, y));
+                    ink += dark;
+                    (y < 60 + 80 * k - 15 ? upper : lower) += dark * x;
+                    (y < 60 + 80 * k - 15 ? upperInk : lowerInk) += dark;
+                }
+            return std::pair{ink, upper / upperInk - lower / lowerInk};
+        };
+        const auto [plainInk, plainLean] = measure(0);
+        const auto [thickInk, thickLean] = measure(1);
+        const auto [slantInk, slantLean] = measure(2);
+        QVERIFY2(thickInk > 1.15 * plainInk, qPrintable(QStringLiteral("%1 %2").arg(thickInk).arg(plainInk)));
+        QVERIFY2(slantLean > plainLean + 1 && qAbs(thickLean - plainLean) < 0.3,
+                 qPrintable(QStringLiteral("%1 %2 %3").arg(plainLean).arg(thickLean).arg(slantLean)));
+        QVERIFY(qAbs(slantInk - plainInk) < 0.1 * plainInk);
     }
 
     // Stopped half way: no file, and a file of that name keeps its bytes.
