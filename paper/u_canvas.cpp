@@ -85,7 +85,7 @@ void PainterCanvas::drawGlyphs(int font, double pixelSize, const GlyphStrings &t
 // filled to thicken them.
 void PainterCanvas::drawMadeUp(const Font &f, double pixelSize, const GlyphStrings &text)
 {
-    const QPen thick(Qt::black, pixelSize * 0.03);
+    const QPen thick(Qt::black, pixelSize * kMadeUpStroke);
     for (const GlyphStrings::String &s : text.strings) {
         QPainterPath path;
         double x = 0;
@@ -95,7 +95,7 @@ void PainterCanvas::drawMadeUp(const Font &f, double pixelSize, const GlyphStrin
         }
         QTransform lean = QTransform::fromTranslate(s.origin.x(), s.origin.y());
         if (f.slant)
-            lean.shear(-0.2, 0);
+            lean.shear(-kMadeUpSlant, 0); // y grows downwards on a page
         m_painter->save();
         m_painter->setTransform(lean, true);
         m_painter->fillPath(path, Qt::black);
@@ -152,8 +152,8 @@ constexpr size_t kMaxSources = 6;
 } // namespace
 
 Face::Face(const QFont &font, Canvas &canvas)
-    : m_canvas(canvas), m_font(font), m_pixelSize(font.pointSizeF() * canvas.unit()), m_scale(m_pixelSize / kMetricsSize),
-      m_table(kTableSize)
+    : m_canvas(canvas), m_font(font), m_pixelSize(font.pointSizeF() * canvas.unit()),
+      m_scale(m_pixelSize / kMetricsSize), m_table(kTableSize)
 {
     m_sources.reserve(kMaxSources); // draw() compares addresses of the sources' texts
     QFont wide(QString::fromLatin1(kWideFamily));

@@ -231,7 +231,7 @@ void PdfWriter::beginText(int font, double size)
     m_content += " Tf\n";
     if (m_textFont->thicken) {
         m_content += "0 G 2 Tr ";
-        appendNumber(m_content, size * 0.03);
+        appendNumber(m_content, size * kMadeUpStroke);
         m_content += " w\n";
     }
 }
@@ -244,7 +244,9 @@ void PdfWriter::showGlyphs(QPointF origin, const quint32 *glyphs, qsizetype coun
     const qint64 y = hundredths(m_page.height() - m_margins.top() - origin.y());
     if (m_textFont->slant || !m_lineSet) {
         // a slanted font leans about each string's own origin
-        m_content += m_textFont->slant ? "1 0 0.2 1 " : "1 0 0 1 ";
+        m_content += "1 0 ";
+        appendNumber(m_content, m_textFont->slant ? kMadeUpSlant : 0);
+        m_content += " 1 ";
         appendHundredths(m_content, x);
         m_content += ' ';
         appendHundredths(m_content, y);

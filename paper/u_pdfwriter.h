@@ -22,6 +22,12 @@ class QIODevice;
 
 namespace paper {
 
+// A bold or slanted face made up where the font file lacks it, on paper
+// and in a PDF alike: the glyphs lean by kMadeUpSlant of their height and
+// their outlines are stroked at kMadeUpStroke of the size besides filled.
+inline constexpr double kMadeUpSlant = 0.2;
+inline constexpr double kMadeUpStroke = 0.03;
+
 class PdfWriter {
 public:
     // pageSize and margins in points.

@@ -354,13 +354,15 @@ private slots:
         // Per line of text: its ink, and how far right its upper half stands
         // of its lower half.
         auto measure = [&](int k) {
+            const int baseline = 60 + 80 * k;
             double ink = 0, upper = 0, upperInk = 0, lower = 0, lowerInk = 0;
-            for (int y = 60 + 80 * k - 40; y < 60 + 80 * k; ++y)
+            for (int y = baseline - 40; y < baseline; ++y)
                 for (int x = 0; x < 200; ++x) {
                     const double dark = 255 - qGray(page.pixel(x, y));
+                    const bool high = y < baseline - 15;
                     ink += dark;
-                    (y < 60 + 80 * k - 15 ? upper : lower) += dark * x;
-                    (y < 60 + 80 * k - 15 ? upperInk : lowerInk) += dark;
+                    (high ? upper : lower) += dark * x;
+                    (high ? upperInk : lowerInk) += dark;
                 }
             return std::pair{ink, upper / upperInk - lower / lowerInk};
         };
